@@ -1,0 +1,50 @@
+# Front door for the build; every target installs what is missing first.
+GEN      := -G Ninja
+LINUX    := build/linux
+WIN64    := build/win64
+WIN32    := build/win32
+BENCH    := build/bench
+
+.PHONY: all deps test test-linux test-windows build-win32 bench format format-check clean
+
+all: deps
+	cmake -S . -B build/release $(GEN) -DCMAKE_BUILD_TYPE=Release
+	cmake --build build/release
+
+deps:
+	@scripts/install-deps.sh
+
+test: test-linux test-windows
+
+test-linux: deps
+	cmake -S . -B $(LINUX) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_SANITIZE=ON
+	cmake --build $(LINUX)
+	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	  ctest --test-dir $(LINUX) --output-on-failure
+
+test-windows: deps
+	cmake -S . -B $(WIN64) $(GEN) -DCMAKE_BUILD_TYPE=Debug \
+	  -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-x86_64.cmake
+	cmake --build $(WIN64)
+	scripts/run-wine-tests.sh $(WIN64)
+	$(MAKE) build-win32
+
+build-win32: deps
+	cmake -S . -B $(WIN32) $(GEN) -DCMAKE_BUILD_TYPE=Debug \
+	  -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-i686.cmake
+	cmake --build $(WIN32)
+	@echo "i686 build linked (32-bit Wine is not installable here, so its tests are not run)"
+
+bench: deps
+	cmake -S . -B $(BENCH) $(GEN) -DCMAKE_BUILD_TYPE=Release -DKX_BUILD_TESTS=OFF -DKX_BUILD_BENCH=ON
+	cmake --build $(BENCH)
+	$(BENCH)/bin/kx_bench
+
+format:
+	git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+format-check:
+	git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
+
+clean:
+	rm -rf build

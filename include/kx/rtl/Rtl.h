@@ -1,0 +1,14 @@
+#pragma once
+// The whole runtime layer.
+
+#include <kx/rtl/Component.h>
+#include <kx/rtl/Exceptions.h>
+#include <kx/rtl/Format.h>
+#include <kx/rtl/InterfacedObject.h>
+#include <kx/rtl/Interfaces.h>
+#include <kx/rtl/Lists.h>
+#include <kx/rtl/Object.h>
+#include <kx/rtl/Persistent.h>
+#include <kx/rtl/Set.h>
+#include <kx/rtl/Strings.h>
+#include <kx/rtl/System.h>

@@ -1,0 +1,42 @@
+// The ordered start-up and shut-down table of the library's units.
+#include <kx/Package.h>
+
+#include "package/Units.h"
+
+#include <atomic>
+#include <iterator>
+
+namespace kx {
+
+namespace {
+
+struct TUnitSteps {
+  const char* Name;
+  void (*Initialize)();
+  void (*Finalize)();
+};
+
+// In dependency order; shut-down walks it backwards.
+constexpr TUnitSteps Units[] = {
+    {"uKxThreads", &detail::uKxThreads_Initialize, &detail::uKxThreads_Finalize},
+    {"uKxSysUtils", &detail::uKxSysUtils_Initialize, &detail::uKxSysUtils_Finalize},
+    {"uKxClasses", &detail::uKxClasses_Initialize, &detail::uKxClasses_Finalize},
+};
+
+std::atomic<int> InitCount{0};
+
+} // namespace
+
+void KxInitialize() {
+  if (InitCount.fetch_add(1) != 0) return;
+  for (const TUnitSteps& Unit : Units)
+    if (Unit.Initialize) Unit.Initialize();
+}
+
+void KxFinalize() {
+  if (InitCount.fetch_sub(1) != 1) return;
+  for (auto It = std::rbegin(Units); It != std::rend(Units); ++It)
+    if (It->Finalize) It->Finalize();
+}
+
+} // namespace kx

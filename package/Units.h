@@ -1,0 +1,13 @@
+#pragma once
+// The initialisation and finalisation steps of the library's units, run by the package.
+
+namespace kx::detail {
+
+void uKxClasses_Initialize();
+void uKxClasses_Finalize();
+void uKxSysUtils_Initialize();
+void uKxSysUtils_Finalize();
+void uKxThreads_Initialize();
+void uKxThreads_Finalize();
+
+} // namespace kx::detail

@@ -1,0 +1,74 @@
+// TObject, class references and the registry of classes findable by name.
+#include <kx/rtl/Object.h>
+
+#include <algorithm>
+#include <mutex>
+#include <vector>
+
+namespace kx {
+
+bool TClassInfo::InheritsFrom(const TClassInfo* AClass) const {
+  for (const TClassInfo* C = this; C; C = C->Parent)
+    if (C == AClass) return true;
+  return false;
+}
+
+TClass TObject::ClassInfo() {
+  static const TClassInfo Info{"TObject", "System", nullptr,
+                               [] { return static_cast<TObject*>(TObject::Create()); }, nullptr};
+  return &Info;
+}
+
+TObject::~TObject() = default;
+
+bool TObject::GetInterface(const TGUID&, void** Obj) {
+  *Obj = nullptr;
+  return false;
+}
+
+void TObject::Free() {
+  BeforeDestruction();
+  delete this;
+}
+
+void TObject::DestroyWithoutChecks() { delete this; }
+
+namespace {
+struct TClassRegistry {
+  std::mutex Lock;
+  std::vector<TClass> Classes;
+};
+TClassRegistry& Registry() {
+  static TClassRegistry R;
+  return R;
+}
+bool SameAsciiText(std::string_view A, std::string_view B) {
+  return std::equal(A.begin(), A.end(), B.begin(), B.end(), [](char X, char Y) {
+    auto Up = [](char C) { return C >= 'a' && C <= 'z' ? char(C - 32) : C; };
+    return Up(X) == Up(Y);
+  });
+}
+} // namespace
+
+void KxRegisterClass(TClass AClass) {
+  auto& R = Registry();
+  std::lock_guard Guard(R.Lock);
+  if (std::find(R.Classes.begin(), R.Classes.end(), AClass) == R.Classes.end())
+    R.Classes.push_back(AClass);
+}
+
+void KxUnregisterClass(TClass AClass) {
+  auto& R = Registry();
+  std::lock_guard Guard(R.Lock);
+  std::erase(R.Classes, AClass);
+}
+
+TClass KxFindClass(std::string_view Name) {
+  auto& R = Registry();
+  std::lock_guard Guard(R.Lock);
+  for (TClass C : R.Classes)
+    if (SameAsciiText(C->Name, Name)) return C;
+  return nullptr;
+}
+
+} // namespace kx
