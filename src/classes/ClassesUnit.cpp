@@ -9,7 +9,11 @@ namespace kx::detail {
 // shut-down gives it back.
 std::atomic<int32_t> ClassesPackageRefCount{0};
 
-void uKxClasses_Initialize() { --ClassesPackageRefCount; }
-void uKxClasses_Finalize() { ++ClassesPackageRefCount; }
+void uKxClasses_Initialize() {
+  --ClassesPackageRefCount;
+}
+void uKxClasses_Finalize() {
+  ++ClassesPackageRefCount;
+}
 
 } // namespace kx::detail

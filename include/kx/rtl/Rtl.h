@@ -7,8 +7,11 @@
 #include <kx/rtl/InterfacedObject.h>
 #include <kx/rtl/Interfaces.h>
 #include <kx/rtl/Lists.h>
+#include <kx/rtl/Method.h>
 #include <kx/rtl/Object.h>
 #include <kx/rtl/Persistent.h>
 #include <kx/rtl/Set.h>
+#include <kx/rtl/Streams.h>
 #include <kx/rtl/Strings.h>
+#include <kx/rtl/SyncObjs.h>
 #include <kx/rtl/System.h>

@@ -1,0 +1,10 @@
+#pragma once
+// uKxClasses: the library's root classes, free notifications and object lists.
+
+#include <kx/classes/Component.h>
+#include <kx/classes/FreeNotifies.h>
+#include <kx/classes/Interfaces.h>
+#include <kx/classes/Object.h>
+#include <kx/classes/ObjectAdapter.h>
+#include <kx/classes/ObjectEx.h>
+#include <kx/classes/ObjectList.h>
