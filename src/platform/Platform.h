@@ -67,4 +67,31 @@ int32_t WideToMultiByte(uint32_t CodePage, uint32_t Flags, const char16_t* Src, 
 // Whether the platform knows the code page.
 bool IsValidCodePage(uint32_t CodePage);
 
+// Files. A file handle is the OS's own (a HANDLE on Windows, a descriptor on POSIX); names are
+// 8-bit text in the process ANSI code page (Windows opens them through the W functions).
+// Mode is the runtime's access value (fmOpenRead 0, fmOpenWrite 1, fmOpenReadWrite 2) or'ed
+// with a share value (fmShareCompat 0x00, fmShareExclusive 0x10, fmShareDenyWrite 0x20,
+// fmShareDenyRead 0x30, fmShareDenyNone 0x40); other values fail with an invalid parameter.
+// POSIX has no share modes: there an open that denies others anything takes an advisory flock
+// (exclusive when it writes or denies reading, shared for a reader that denies writing), and
+// an open that cannot get it fails with EWOULDBLOCK. Compat and deny-none opens take no lock
+// and are never refused, where Windows refuses them beside an exclusive open.
+using FileHandle = intptr_t;
+inline constexpr FileHandle InvalidFileHandle = -1;
+// Opens an existing file (never a directory).
+FileHandle FileOpen(const AnsiString& FileName, uint32_t Mode);
+// Creates a file, or empties an existing one, for reading and writing; only the share bits
+// of Mode count. An existing file is left alone when the share mode refuses the open.
+FileHandle FileCreate(const AnsiString& FileName, uint32_t Mode);
+// Byte counts read or written, -1 on failure.
+int32_t FileRead(FileHandle File, void* Buffer, int32_t Count);
+int32_t FileWrite(FileHandle File, const void* Buffer, int32_t Count);
+// Origin 0 from the start, 1 from the position, 2 from the end; the new position or -1.
+int64_t FileSeek(FileHandle File, int64_t Offset, int32_t Origin);
+// The file's size in bytes, -1 on failure.
+int64_t FileSize(FileHandle File);
+// Makes the position the end of the file (SetEndOfFile).
+bool FileSetEnd(FileHandle File);
+void FileClose(FileHandle File);
+
 } // namespace kx::platform
