@@ -20,13 +20,13 @@ test-linux: deps
 	cmake -S . -B $(LINUX) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_SANITIZE=ON
 	cmake --build $(LINUX)
 	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  ctest --test-dir $(LINUX) --output-on-failure
+	  scripts/run-tests.sh $(LINUX) linux-x86_64
 
 test-windows: deps
 	cmake -S . -B $(WIN64) $(GEN) -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-x86_64.cmake
 	cmake --build $(WIN64)
-	scripts/run-wine-tests.sh $(WIN64)
+	scripts/run-tests.sh $(WIN64) windows-x86_64 wine
 	$(MAKE) build-win32
 
 build-win32: deps
