@@ -166,6 +166,8 @@ void TComponent::Notification(TComponent* AComponent, TOperation Operation) {
   }
 }
 
-AnsiString TComponent::GetNamePath() { return FName; }
+AnsiString TComponent::GetNamePath() {
+  return FName;
+}
 
 } // namespace kx

@@ -32,6 +32,7 @@ KX_IMPLEMENT_EXCEPTION(EVariantError, Exception, SysUtilsUnit)
 KX_IMPLEMENT_EXCEPTION(EInvalidOperation, Exception, "Classes")
 KX_IMPLEMENT_EXCEPTION(EComponentError, Exception, "Classes")
 KX_IMPLEMENT_EXCEPTION(EOutOfMemory, Exception, SysUtilsUnit)
+KX_IMPLEMENT_EXCEPTION(EInvalidPointer, Exception, SysUtilsUnit)
 KX_IMPLEMENT_EXCEPTION(EOSError, Exception, SysUtilsUnit)
 KX_IMPLEMENT_EXCEPTION(EOleSysError, Exception, "ComObj")
 KX_IMPLEMENT_EXCEPTION(EAssertionFailed, Exception, SysUtilsUnit)
@@ -41,11 +42,17 @@ EAssertionFailed::EAssertionFailed(const AnsiString& Msg, const AnsiString& File
     : Exception(Format(SAssertError, {Msg, FileName, LineNumber})), FFileName(FileName),
       FLineNumber(LineNumber) {}
 
-AnsiString SysErrorMessage(uint32_t ErrorCode) { return platform::ErrorMessage(ErrorCode); }
+AnsiString SysErrorMessage(uint32_t ErrorCode) {
+  return platform::ErrorMessage(ErrorCode);
+}
 
-uint32_t GetLastOSError() { return platform::LastError(); }
+uint32_t GetLastOSError() {
+  return platform::LastError();
+}
 
-void RaiseLastOSError() { RaiseLastOSError(platform::LastError()); }
+void RaiseLastOSError() {
+  RaiseLastOSError(platform::LastError());
+}
 
 void RaiseLastOSError(uint32_t LastError) {
   if (LastError == 0) {

@@ -234,7 +234,8 @@ struct TFormatter {
     case 'U':
     case 'X': {
       if (!IsInt) Invalid();
-      uint64_t V = A.Kind() == TVarRec::vtInteger ? uint64_t(uint32_t(A.AsInt())) : uint64_t(A.AsInt());
+      uint64_t V =
+          A.Kind() == TVarRec::vtInteger ? uint64_t(uint32_t(A.AsInt())) : uint64_t(A.AsInt());
       return Widen(ZeroPad(Digits(V, Type == 'X' ? 16 : 10), Precision));
     }
     case 'S': {
@@ -254,8 +255,10 @@ struct TFormatter {
       double V = Float(A);
       if (std::isnan(V)) return Widen("NAN");
       if (std::isinf(V)) return Widen(V < 0 ? "-INF" : "INF");
-      if (Type == 'E') return Widen(FormatExponent(V, Precision < 0 ? 15 : std::clamp(Precision, 1, 18)));
-      if (Type == 'G') return Widen(FormatGeneral(V, Precision < 0 ? 15 : std::clamp(Precision, 1, 18)));
+      if (Type == 'E')
+        return Widen(FormatExponent(V, Precision < 0 ? 15 : std::clamp(Precision, 1, 18)));
+      if (Type == 'G')
+        return Widen(FormatGeneral(V, Precision < 0 ? 15 : std::clamp(Precision, 1, 18)));
       int Decimals = Precision < 0 ? 2 : std::min(Precision, 18);
       if (Type == 'M') {
         AnsiString S = FormatFixed(std::fabs(V), Decimals, true);

@@ -33,8 +33,8 @@ TGUID StringToGUID(std::string_view S) {
 AnsiString GUIDToString(const TGUID& G) {
   char Buf[40];
   std::snprintf(Buf, sizeof Buf, "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}",
-                unsigned(G.D1), unsigned(G.D2), unsigned(G.D3), G.D4[0], G.D4[1], G.D4[2],
-                G.D4[3], G.D4[4], G.D4[5], G.D4[6], G.D4[7]);
+                unsigned(G.D1), unsigned(G.D2), unsigned(G.D3), G.D4[0], G.D4[1], G.D4[2], G.D4[3],
+                G.D4[4], G.D4[5], G.D4[6], G.D4[7]);
   return Buf;
 }
 

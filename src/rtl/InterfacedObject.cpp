@@ -14,7 +14,9 @@ bool TInterfacedObject::GetInterface(const TGUID& IID, void** Obj) {
   return detail::GetInterfaceAs<IInterface>(this, IID, Obj) || TObject::GetInterface(IID, Obj);
 }
 
-int32_t KX_STDCALL TInterfacedObject::_AddRef() { return ++FRefCount; }
+int32_t KX_STDCALL TInterfacedObject::_AddRef() {
+  return ++FRefCount;
+}
 
 int32_t KX_STDCALL TInterfacedObject::_Release() {
   int32_t Count = --FRefCount;
@@ -22,10 +24,12 @@ int32_t KX_STDCALL TInterfacedObject::_Release() {
   return Count;
 }
 
-void TInterfacedObject::AfterConstruction() { --FRefCount; }
+void TInterfacedObject::AfterConstruction() {
+  --FRefCount;
+}
 
 void TInterfacedObject::BeforeDestruction() {
-  if (FRefCount.load() != 0) throw EInvalidOperation("Invalid pointer operation");
+  if (FRefCount.load() != 0) throw EInvalidPointer("Invalid pointer operation");
 }
 
 } // namespace kx

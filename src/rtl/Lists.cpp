@@ -16,7 +16,9 @@ void TList::BeforeDestruction() {
   Clear();
 }
 
-void TList::Error(const char* Msg, int64_t Data) { throw EListError(Format(Msg, {Data})); }
+void TList::Error(const char* Msg, int64_t Data) {
+  throw EListError(Format(Msg, {Data}));
+}
 
 int32_t TList::Add(void* Item) {
   int32_t Index = Count();
@@ -144,6 +146,8 @@ TList* TThreadList::LockList() {
   return FList;
 }
 
-void TThreadList::UnlockList() { FLock.unlock(); }
+void TThreadList::UnlockList() {
+  FLock.unlock();
+}
 
 } // namespace kx

@@ -31,7 +31,9 @@ void TObject::Free() {
   delete this;
 }
 
-void TObject::DestroyWithoutChecks() { delete this; }
+void TObject::DestroyWithoutChecks() {
+  delete this;
+}
 
 namespace {
 struct TClassRegistry {

@@ -12,13 +12,17 @@ void TPersistent::Assign(TPersistent* Source) {
     AssignError(nullptr);
 }
 
-void TPersistent::AssignTo(TPersistent* Dest) { Dest->AssignError(this); }
+void TPersistent::AssignTo(TPersistent* Dest) {
+  Dest->AssignError(this);
+}
 
 void TPersistent::AssignError(TPersistent* Source) {
   AnsiString SourceName = Source ? Source->ClassName() : AnsiString("nil");
   throw EConvertError(Format(SAssignError, {SourceName, ClassName()}));
 }
 
-AnsiString TPersistent::GetNamePath() { return ClassName(); }
+AnsiString TPersistent::GetNamePath() {
+  return ClassName();
+}
 
 } // namespace kx

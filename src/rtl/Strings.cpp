@@ -26,7 +26,9 @@ int64_t PosImpl(const S& Sub, const S& Str, int64_t Offset) {
   return P == S::npos ? 0 : int64_t(P) + 1;
 }
 
-uint32_t Resolve(uint32_t CodePage) { return CodePage == 0 ? KxSystemCodePage() : CodePage; }
+uint32_t Resolve(uint32_t CodePage) {
+  return CodePage == 0 ? KxSystemCodePage() : CodePage;
+}
 } // namespace
 
 uint32_t KxSystemCodePage() {
@@ -72,7 +74,11 @@ AnsiString UnicodeToAnsi(std::u16string_view S, uint32_t CodePage) {
   return R;
 }
 
-UnicodeString UTF8Decode(std::string_view S) { return AnsiToUnicode(S, 65001); }
-UTF8String UTF8Encode(std::u16string_view S) { return UnicodeToAnsi(S, 65001); }
+UnicodeString UTF8Decode(std::string_view S) {
+  return AnsiToUnicode(S, 65001);
+}
+UTF8String UTF8Encode(std::u16string_view S) {
+  return UnicodeToAnsi(S, 65001);
+}
 
 } // namespace kx

@@ -5,8 +5,14 @@
 
 namespace kx {
 
-TThreadID KxGetCurrentThreadId() { return platform::CurrentThreadId(); }
-uint32_t KxGetTickCount() { return platform::TickCount(); }
-void KxSleep(uint32_t Milliseconds) { platform::Sleep(Milliseconds); }
+TThreadID KxGetCurrentThreadId() {
+  return platform::CurrentThreadId();
+}
+uint32_t KxGetTickCount() {
+  return platform::TickCount();
+}
+void KxSleep(uint32_t Milliseconds) {
+  platform::Sleep(Milliseconds);
+}
 
 } // namespace kx

@@ -5,7 +5,8 @@
 using namespace kx;
 
 TEST(Format, IntegersWidthPrecisionAndIndex) {
-  EXPECT_EQ(Format("%d|%5d|%-5d|%.4d|%.3d", {42, 42, 42, -42, 12345}), "42|   42|42   |-0042|12345");
+  EXPECT_EQ(Format("%d|%5d|%-5d|%.4d|%.3d", {42, 42, 42, -42, 12345}),
+            "42|   42|42   |-0042|12345");
   EXPECT_EQ(Format("%u %x %.4x", {-1, 255, 10}), "4294967295 FF 000A");
   EXPECT_EQ(Format("%x", {int64_t(-1)}), "FFFFFFFFFFFFFFFF");
   EXPECT_EQ(Format("%1:s %0:s %s", {"a", "b"}), "b a b");
@@ -25,7 +26,8 @@ TEST(Format, FloatsFollowTheRuntimeDefaults) {
 }
 
 TEST(Format, StringsCharsAndPointers) {
-  EXPECT_EQ(Format("[%s] [%.2s] [%6s]", {"abc", AnsiString("xyz"), u"wide"}), "[abc] [xy] [  wide]");
+  EXPECT_EQ(Format("[%s] [%.2s] [%6s]", {"abc", AnsiString("xyz"), u"wide"}),
+            "[abc] [xy] [  wide]");
   EXPECT_EQ(Format("%s%s", {'c', char16_t(u'd')}), "cd");
   const void* P = reinterpret_cast<const void*>(uintptr_t(0xBEEF));
   EXPECT_EQ(Format("%p", {P}), sizeof(void*) == 8 ? "000000000000BEEF" : "0000BEEF");

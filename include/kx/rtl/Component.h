@@ -70,8 +70,7 @@ private:
   void Insert(TComponent* AComponent);
   void Remove(TComponent* AComponent);
   void RemoveNotification(TComponent* AComponent);
-  void ValidateRename(TComponent* AComponent, const AnsiString& CurName,
-                      const AnsiString& NewName);
+  void ValidateRename(TComponent* AComponent, const AnsiString& CurName, const AnsiString& NewName);
 
   TComponent* FOwner = nullptr;
   AnsiString FName;

@@ -48,27 +48,33 @@ Exception* CreateException(const AnsiString& Msg, int32_t ErrorCode) {
 }
 } // namespace detail
 
-#define KX_EXCEPTION_CLASS(Cls, Parent)                                                        \
-public:                                                                                        \
-  using Parent::Parent;                                                                        \
-  static ::kx::TClass ClassInfo();                                                             \
-  ::kx::TClass ClassType() const override { return Cls::ClassInfo(); }                         \
-  ::kx::Exception* Clone() const override { return new Cls(*this); }                          \
-  [[noreturn]] void Raise() const override { throw *this; }                                    \
-                                                                                               \
+#define KX_EXCEPTION_CLASS(Cls, Parent)                                                            \
+public:                                                                                            \
+  using Parent::Parent;                                                                            \
+  static ::kx::TClass ClassInfo();                                                                 \
+  ::kx::TClass ClassType() const override {                                                        \
+    return Cls::ClassInfo();                                                                       \
+  }                                                                                                \
+  ::kx::Exception* Clone() const override {                                                        \
+    return new Cls(*this);                                                                         \
+  }                                                                                                \
+  [[noreturn]] void Raise() const override {                                                       \
+    throw *this;                                                                                   \
+  }                                                                                                \
+                                                                                                   \
 private:
 
-#define KX_IMPLEMENT_EXCEPTION(Cls, Parent, Unit)                                              \
-  ::kx::TClass Cls::ClassInfo() {                                                              \
-    static const ::kx::TClassInfo Info{#Cls, Unit, Parent::ClassInfo(), nullptr,               \
-                                       &::kx::detail::CreateException<Cls>};                   \
-    return &Info;                                                                              \
+#define KX_IMPLEMENT_EXCEPTION(Cls, Parent, Unit)                                                  \
+  ::kx::TClass Cls::ClassInfo() {                                                                  \
+    static const ::kx::TClassInfo Info{#Cls, Unit, Parent::ClassInfo(), nullptr,                   \
+                                       &::kx::detail::CreateException<Cls>};                       \
+    return &Info;                                                                                  \
   }
 
 // Declares a plain descendant that adds nothing.
-#define KX_DECLARE_EXCEPTION(Cls, Parent)                                                      \
-  class KX_API Cls : public Parent {                                                           \
-    KX_EXCEPTION_CLASS(Cls, Parent)                                                            \
+#define KX_DECLARE_EXCEPTION(Cls, Parent)                                                          \
+  class KX_API Cls : public Parent {                                                               \
+    KX_EXCEPTION_CLASS(Cls, Parent)                                                                \
   };
 
 // Unwinds without showing a message.
@@ -86,6 +92,7 @@ KX_DECLARE_EXCEPTION(EVariantError, Exception)
 KX_DECLARE_EXCEPTION(EInvalidOperation, Exception)
 KX_DECLARE_EXCEPTION(EComponentError, Exception)
 KX_DECLARE_EXCEPTION(EOutOfMemory, Exception)
+KX_DECLARE_EXCEPTION(EInvalidPointer, Exception)
 
 // A platform call failed: the OS error code and the platform's text for it.
 class KX_API EOSError : public Exception {

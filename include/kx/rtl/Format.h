@@ -27,17 +27,16 @@ public:
   TVarRec(char Value) : FKind(vtChar) { FData.Int = static_cast<unsigned char>(Value); }
   TVarRec(char16_t Value) : FKind(vtWideChar) { FData.Int = Value; }
   template <class T>
-    requires(std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char> &&
-             !std::is_same_v<T, char16_t>)
-  TVarRec(T Value) : FKind(sizeof(T) <= 4 ? vtInteger : vtInt64) {
+  requires(std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char> &&
+           !std::is_same_v<T, char16_t>) TVarRec(T Value)
+      : FKind(sizeof(T) <= 4 ? vtInteger : vtInt64) {
     if constexpr (std::is_unsigned_v<T> && sizeof(T) == 4)
       FData.Int = static_cast<int32_t>(Value); // 32-bit cardinals travel as integers
     else
       FData.Int = static_cast<int64_t>(Value);
   }
   template <class T>
-    requires std::is_floating_point_v<T>
-  TVarRec(T Value) : FKind(vtExtended) {
+  requires std::is_floating_point_v<T> TVarRec(T Value) : FKind(vtExtended) {
     FData.Float = static_cast<double>(Value);
   }
   TVarRec(const char* Value) : FKind(vtString), FText(Value ? std::string_view(Value) : "") {}

@@ -24,12 +24,16 @@ bool GetInterfaceAs(Self* Obj, const TGUID& IID, void** Out) {
 
 // A class that adds interface bases must name the final overriders again, so that every
 // IInterface sub-object reaches the same counting.
-#define KX_FORWARD_IINTERFACE(Base)                                                             \
-  ::kx::HRESULT KX_STDCALL QueryInterface(const ::kx::TGUID& IID, void** Obj) override {       \
-    return Base::QueryInterface(IID, Obj);                                                      \
-  }                                                                                             \
-  int32_t KX_STDCALL _AddRef() override { return Base::_AddRef(); }                             \
-  int32_t KX_STDCALL _Release() override { return Base::_Release(); }
+#define KX_FORWARD_IINTERFACE(Base)                                                                \
+  ::kx::HRESULT KX_STDCALL QueryInterface(const ::kx::TGUID& IID, void** Obj) override {           \
+    return Base::QueryInterface(IID, Obj);                                                         \
+  }                                                                                                \
+  int32_t KX_STDCALL _AddRef() override {                                                          \
+    return Base::_AddRef();                                                                        \
+  }                                                                                                \
+  int32_t KX_STDCALL _Release() override {                                                         \
+    return Base::_Release();                                                                       \
+  }
 
 // Counts references from 1 during construction (so that references taken inside a
 // constructor cannot destroy it) and destroys itself when the count returns to 0.

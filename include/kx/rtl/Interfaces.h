@@ -48,8 +48,10 @@ constexpr uint32_t HexField(const char* S, int Digits) {
 consteval TGUID GuidLiteral(const char (&S)[39]) {
   if (S[0] != '{' || S[9] != '-' || S[14] != '-' || S[19] != '-' || S[24] != '-' || S[37] != '}')
     throw "invalid GUID literal";
-  TGUID G{detail::HexField(S + 1, 8), uint16_t(detail::HexField(S + 10, 4)),
-          uint16_t(detail::HexField(S + 15, 4)), {}};
+  TGUID G{detail::HexField(S + 1, 8),
+          uint16_t(detail::HexField(S + 10, 4)),
+          uint16_t(detail::HexField(S + 15, 4)),
+          {}};
   G.D4[0] = uint8_t(detail::HexField(S + 20, 2));
   G.D4[1] = uint8_t(detail::HexField(S + 22, 2));
   for (int I = 0; I < 6; ++I) G.D4[2 + I] = uint8_t(detail::HexField(S + 25 + 2 * I, 2));
@@ -63,10 +65,10 @@ KX_API AnsiString GUIDToString(const TGUID& Guid);
 // Binds a GUID to an interface type: KX_INTERFACE_GUID(IKxObject, "{...}").
 template <class I>
 struct TInterfaceId;
-#define KX_INTERFACE_GUID(Intf, Literal)                                                        \
-  template <>                                                                                   \
-  struct kx::TInterfaceId<Intf> {                                                               \
-    static constexpr ::kx::TGUID Value = ::kx::GuidLiteral(Literal);                            \
+#define KX_INTERFACE_GUID(Intf, Literal)                                                           \
+  template <>                                                                                      \
+  struct kx::TInterfaceId<Intf> {                                                                  \
+    static constexpr ::kx::TGUID Value = ::kx::GuidLiteral(Literal);                               \
   };
 template <class I>
 constexpr const TGUID& IIDOf() {
@@ -93,8 +95,8 @@ public:
   IPtr(const IPtr& Other) noexcept : IPtr(Other.FPtr) {}
   IPtr(IPtr&& Other) noexcept : FPtr(std::exchange(Other.FPtr, nullptr)) {}
   template <class J>
-    requires std::is_convertible_v<J*, I*>
-  IPtr(const IPtr<J>& Other) noexcept : IPtr(static_cast<I*>(Other.Get())) {}
+  requires std::is_convertible_v<J*, I*> IPtr(const IPtr<J>& Other)
+  noexcept : IPtr(static_cast<I*>(Other.Get())) {}
   ~IPtr() { Reset(); }
 
   IPtr& operator=(IPtr Other) noexcept {
@@ -126,7 +128,9 @@ private:
 
 // Asks an interface (or an object that implements IInterface) for another by GUID.
 template <class I, class J>
-  requires requires(J* S, void** O) { S->QueryInterface(IIDOf<I>(), O); }
+requires requires(J* S, void** O) {
+  S->QueryInterface(IIDOf<I>(), O);
+}
 IPtr<I> Supports(J* Source) {
   void* Obj = nullptr;
   if (Source && Source->QueryInterface(IIDOf<I>(), &Obj) == KX_S_OK)

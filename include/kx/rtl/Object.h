@@ -44,24 +44,26 @@ TObject* DefaultCreate() {
 } // namespace detail
 
 // Declares the class reference of a TObject descendant. Put it first in the class body.
-#define KX_CLASS(Cls, Parent)                                                                  \
-public:                                                                                        \
-  using inherited = Parent;                                                                    \
-  static ::kx::TClass ClassInfo();                                                             \
-  ::kx::TClass ClassType() const override { return Cls::ClassInfo(); }                         \
-  template <class... A>                                                                        \
-  static Cls* Create(A&&... Args) {                                                            \
-    return ::kx::TObject::Construct<Cls>(std::forward<A>(Args)...);                            \
-  }                                                                                            \
-                                                                                               \
+#define KX_CLASS(Cls, Parent)                                                                      \
+public:                                                                                            \
+  using inherited = Parent;                                                                        \
+  static ::kx::TClass ClassInfo();                                                                 \
+  ::kx::TClass ClassType() const override {                                                        \
+    return Cls::ClassInfo();                                                                       \
+  }                                                                                                \
+  template <class... A>                                                                            \
+  static Cls* Create(A&&... Args) {                                                                \
+    return ::kx::TObject::Construct<Cls>(std::forward<A>(Args)...);                                \
+  }                                                                                                \
+                                                                                                   \
 private:
 
 // Defines the class reference in one translation unit.
-#define KX_IMPLEMENT_CLASS(Cls, Parent, Unit)                                                  \
-  ::kx::TClass Cls::ClassInfo() {                                                              \
-    static const ::kx::TClassInfo Info{#Cls, Unit, Parent::ClassInfo(),                        \
-                                       &::kx::detail::DefaultCreate<Cls>, nullptr};            \
-    return &Info;                                                                              \
+#define KX_IMPLEMENT_CLASS(Cls, Parent, Unit)                                                      \
+  ::kx::TClass Cls::ClassInfo() {                                                                  \
+    static const ::kx::TClassInfo Info{#Cls, Unit, Parent::ClassInfo(),                            \
+                                       &::kx::detail::DefaultCreate<Cls>, nullptr};                \
+    return &Info;                                                                                  \
   }
 
 class KX_API TObject {

@@ -37,7 +37,9 @@ public:
   friend bool operator<=(const TSet& A, const TSet& B) { return (A.FBits & ~B.FBits).none(); }
 
 private:
-  static size_t Index(E M) { return static_cast<size_t>(static_cast<std::underlying_type_t<E>>(M)); }
+  static size_t Index(E M) {
+    return static_cast<size_t>(static_cast<std::underlying_type_t<E>>(M));
+  }
   std::bitset<256> FBits;
 };
 

@@ -131,7 +131,9 @@ Handle CreateEvent(bool ManualReset, bool InitialState) {
   return static_cast<TWaitable*>(E);
 }
 
-static TEvent* AsEvent(Handle H) { return dynamic_cast<TEvent*>(static_cast<TWaitable*>(H)); }
+static TEvent* AsEvent(Handle H) {
+  return dynamic_cast<TEvent*>(static_cast<TWaitable*>(H));
+}
 
 bool SetEvent(Handle Event) {
   TEvent* E = AsEvent(Event);
@@ -175,14 +177,28 @@ void CloseHandle(Handle Object) {
 static_assert(sizeof(pthread_rwlock_t) <= RWLockWordSize);
 
 namespace {
-pthread_rwlock_t* RW(void* Lock) { return static_cast<pthread_rwlock_t*>(Lock); }
+pthread_rwlock_t* RW(void* Lock) {
+  return static_cast<pthread_rwlock_t*>(Lock);
+}
 // A zeroed word is PTHREAD_RWLOCK_INITIALIZER in glibc, as a zeroed SRW lock is free.
-void AcquireExclusive(void* Lock) { pthread_rwlock_wrlock(RW(Lock)); }
-uint8_t TryAcquireExclusive(void* Lock) { return pthread_rwlock_trywrlock(RW(Lock)) == 0; }
-void ReleaseExclusive(void* Lock) { pthread_rwlock_unlock(RW(Lock)); }
-void AcquireShared(void* Lock) { pthread_rwlock_rdlock(RW(Lock)); }
-uint8_t TryAcquireShared(void* Lock) { return pthread_rwlock_tryrdlock(RW(Lock)) == 0; }
-void ReleaseShared(void* Lock) { pthread_rwlock_unlock(RW(Lock)); }
+void AcquireExclusive(void* Lock) {
+  pthread_rwlock_wrlock(RW(Lock));
+}
+uint8_t TryAcquireExclusive(void* Lock) {
+  return pthread_rwlock_trywrlock(RW(Lock)) == 0;
+}
+void ReleaseExclusive(void* Lock) {
+  pthread_rwlock_unlock(RW(Lock));
+}
+void AcquireShared(void* Lock) {
+  pthread_rwlock_rdlock(RW(Lock));
+}
+uint8_t TryAcquireShared(void* Lock) {
+  return pthread_rwlock_tryrdlock(RW(Lock)) == 0;
+}
+void ReleaseShared(void* Lock) {
+  pthread_rwlock_unlock(RW(Lock));
+}
 } // namespace
 
 bool BindRWLockFunctions(TRWLockFunctions& Functions) {
@@ -191,6 +207,8 @@ bool BindRWLockFunctions(TRWLockFunctions& Functions) {
   return true;
 }
 
-void DestroyRWLock(void* Lock) { pthread_rwlock_destroy(RW(Lock)); }
+void DestroyRWLock(void* Lock) {
+  pthread_rwlock_destroy(RW(Lock));
+}
 
 } // namespace kx::platform

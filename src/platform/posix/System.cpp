@@ -36,8 +36,12 @@ void SetOSThreadName(const AnsiString& Name) {
   pthread_setname_np(pthread_self(), Name.substr(0, Len).c_str());
 }
 
-uint32_t LastError() { return static_cast<uint32_t>(errno); }
-void SetLastError(uint32_t Code) { errno = static_cast<int>(Code); }
+uint32_t LastError() {
+  return static_cast<uint32_t>(errno);
+}
+void SetLastError(uint32_t Code) {
+  errno = static_cast<int>(Code);
+}
 
 AnsiString ErrorMessage(uint32_t Code) {
   // The Win32 codes the library reports on POSIX too.
@@ -57,8 +61,14 @@ AnsiString ErrorMessage(uint32_t Code) {
   return Text ? Text : "";
 }
 
-void* GetModule(const char* Name) { return dlopen(Name, RTLD_LAZY | RTLD_NOLOAD); }
-void* LoadModule(const char* Name) { return dlopen(Name, RTLD_LAZY); }
-void* GetProc(void* Module, const char* Name) { return Module ? dlsym(Module, Name) : nullptr; }
+void* GetModule(const char* Name) {
+  return dlopen(Name, RTLD_LAZY | RTLD_NOLOAD);
+}
+void* LoadModule(const char* Name) {
+  return dlopen(Name, RTLD_LAZY);
+}
+void* GetProc(void* Module, const char* Name) {
+  return Module ? dlsym(Module, Name) : nullptr;
+}
 
 } // namespace kx::platform

@@ -5,8 +5,12 @@
 
 namespace kx::platform {
 
-uint32_t SystemCodePage() { return ::GetACP(); }
-bool IsValidCodePage(uint32_t CodePage) { return ::IsValidCodePage(CodePage) != 0; }
+uint32_t SystemCodePage() {
+  return ::GetACP();
+}
+bool IsValidCodePage(uint32_t CodePage) {
+  return ::IsValidCodePage(CodePage) != 0;
+}
 
 int32_t MultiByteToWide(uint32_t CodePage, uint32_t Flags, const char* Src, int32_t SrcLen,
                         char16_t* Dst, int32_t DstLen) {

@@ -14,8 +14,12 @@ bool ReleaseSemaphore(Handle Semaphore, int32_t Count) {
 Handle CreateEvent(bool ManualReset, bool InitialState) {
   return ::CreateEventW(nullptr, ManualReset, InitialState, nullptr);
 }
-bool SetEvent(Handle Event) { return ::SetEvent(Event) != 0; }
-bool ResetEvent(Handle Event) { return ::ResetEvent(Event) != 0; }
+bool SetEvent(Handle Event) {
+  return ::SetEvent(Event) != 0;
+}
+bool ResetEvent(Handle Event) {
+  return ::ResetEvent(Event) != 0;
+}
 
 TWaitResult WaitFor(Handle Object, uint32_t TimeoutMs) {
   switch (::WaitForSingleObject(Object, TimeoutMs)) {
@@ -30,7 +34,9 @@ TWaitResult WaitFor(Handle Object, uint32_t TimeoutMs) {
   }
 }
 
-void CloseHandle(Handle Object) { ::CloseHandle(Object); }
+void CloseHandle(Handle Object) {
+  ::CloseHandle(Object);
+}
 
 bool BindRWLockFunctions(TRWLockFunctions& Functions) {
   HMODULE Kernel = ::GetModuleHandleW(L"kernel32");

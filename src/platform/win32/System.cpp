@@ -5,9 +5,15 @@
 
 namespace kx::platform {
 
-TThreadID CurrentThreadId() { return ::GetCurrentThreadId(); }
-uint32_t TickCount() { return ::GetTickCount(); }
-void Sleep(uint32_t Milliseconds) { ::Sleep(Milliseconds); }
+TThreadID CurrentThreadId() {
+  return ::GetCurrentThreadId();
+}
+uint32_t TickCount() {
+  return ::GetTickCount();
+}
+void Sleep(uint32_t Milliseconds) {
+  ::Sleep(Milliseconds);
+}
 
 namespace {
 constexpr DWORD MS_VC_EXCEPTION = 0x406D1388;
@@ -30,8 +36,8 @@ void SetOSThreadName(const AnsiString& Name) {
 
   // Windows 10 1607 and later also keep a description that tools read without a debugger.
   using TSetThreadDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
-  static auto SetDescription = reinterpret_cast<TSetThreadDescription>(
-      reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32"), "SetThreadDescription")));
+  static auto SetDescription = reinterpret_cast<TSetThreadDescription>(reinterpret_cast<void*>(
+      ::GetProcAddress(::GetModuleHandleW(L"kernel32"), "SetThreadDescription")));
   if (SetDescription) {
     int Len = ::MultiByteToWideChar(CP_ACP, 0, Name.data(), int(Name.size()), nullptr, 0);
     std::wstring Wide(size_t(Len), L'\0');
@@ -40,8 +46,12 @@ void SetOSThreadName(const AnsiString& Name) {
   }
 }
 
-uint32_t LastError() { return ::GetLastError(); }
-void SetLastError(uint32_t Code) { ::SetLastError(Code); }
+uint32_t LastError() {
+  return ::GetLastError();
+}
+void SetLastError(uint32_t Code) {
+  ::SetLastError(Code);
+}
 
 AnsiString ErrorMessage(uint32_t Code) {
   char* Buffer = nullptr;
@@ -59,8 +69,12 @@ AnsiString ErrorMessage(uint32_t Code) {
   return Text;
 }
 
-void* GetModule(const char* Name) { return ::GetModuleHandleA(Name); }
-void* LoadModule(const char* Name) { return ::LoadLibraryA(Name); }
+void* GetModule(const char* Name) {
+  return ::GetModuleHandleA(Name);
+}
+void* LoadModule(const char* Name) {
+  return ::LoadLibraryA(Name);
+}
 void* GetProc(void* Module, const char* Name) {
   return Module ? reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(Module), Name))
                 : nullptr;
