@@ -8,3 +8,5 @@
 #include <kx/classes/ObjectAdapter.h>
 #include <kx/classes/ObjectEx.h>
 #include <kx/classes/ObjectList.h>
+#include <kx/classes/BinEncoding.h>
+#include <kx/classes/ClassesConsts.h>
