@@ -58,9 +58,9 @@ struct TConverterCache {
     if (It != Map.end()) return It->second;
     UErrorCode Status = U_ZERO_ERROR;
     UConverter* Cnv = ucnv_open(ConverterName(CodePage).c_str(), &Status);
-    if (U_FAILURE(Status) || Status == U_AMBIGUOUS_ALIAS_WARNING) {
+    if (U_FAILURE(Status)) {
       if (Cnv) ucnv_close(Cnv);
-      if (U_FAILURE(Status)) Cnv = nullptr;
+      Cnv = nullptr;
     }
     Map.emplace(CodePage, Cnv);
     return Cnv;
@@ -116,9 +116,13 @@ void ReportError(UErrorCode Status) {
 
 } // namespace
 
-uint32_t SystemCodePage() { return LocaleCodePage(); }
+uint32_t SystemCodePage() {
+  return LocaleCodePage();
+}
 
-bool IsValidCodePage(uint32_t CodePage) { return Converter(CodePage) != nullptr; }
+bool IsValidCodePage(uint32_t CodePage) {
+  return Converter(CodePage) != nullptr;
+}
 
 int32_t MultiByteToWide(uint32_t CodePage, uint32_t Flags, const char* Src, int32_t SrcLen,
                         char16_t* Dst, int32_t DstLen) {
@@ -134,8 +138,8 @@ int32_t MultiByteToWide(uint32_t CodePage, uint32_t Flags, const char* Src, int3
                       nullptr, nullptr, nullptr, &Status);
   ucnv_resetToUnicode(Cnv);
   if (SrcLen == 0) return 0;
-  int32_t Len = ucnv_toUChars(Cnv, reinterpret_cast<UChar*>(Dst), Dst ? DstLen : 0, Src, SrcLen,
-                              &Status);
+  int32_t Len =
+      ucnv_toUChars(Cnv, reinterpret_cast<UChar*>(Dst), Dst ? DstLen : 0, Src, SrcLen, &Status);
   if (Status == U_BUFFER_OVERFLOW_ERROR && (!Dst || DstLen == 0)) return Len;
   if (U_FAILURE(Status)) return ReportError(Status), 0;
   return Len;
@@ -165,4 +169,3 @@ int32_t WideToMultiByte(uint32_t CodePage, uint32_t Flags, const char16_t* Src, 
 }
 
 } // namespace kx::platform
-
