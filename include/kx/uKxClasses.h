@@ -10,3 +10,7 @@
 #include <kx/classes/ObjectList.h>
 #include <kx/classes/BinEncoding.h>
 #include <kx/classes/ClassesConsts.h>
+#include <kx/classes/MemoryStream.h>
+#include <kx/classes/MemoryBuffer.h>
+#include <kx/classes/BufferConversions.h>
+#include <kx/classes/PointerArithmetic.h>
