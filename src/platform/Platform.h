@@ -67,6 +67,15 @@ int32_t WideToMultiByte(uint32_t CodePage, uint32_t Flags, const char16_t* Src, 
 // Whether the platform knows the code page.
 bool IsValidCodePage(uint32_t CodePage);
 
+// Text: the simple case mappings (one to one, so the length never changes) and the collation
+// the runtime's Ansi* comparisons use. Windows follows the user's locale (CharUpperBuffW,
+// CompareStringW); POSIX uses ICU's root locale, so results do not depend on the environment.
+void UpperCaseWide(char16_t* Text, size_t Length);
+void LowerCaseWide(char16_t* Text, size_t Length);
+// -1, 0 or 1; IgnoreCase ignores case differences but not accents.
+int32_t CompareStringWide(const char16_t* S1, size_t Len1, const char16_t* S2, size_t Len2,
+                          bool IgnoreCase);
+
 // Files. A file handle is the OS's own (a HANDLE on Windows, a descriptor on POSIX); names are
 // 8-bit text in the process ANSI code page (Windows opens them through the W functions).
 // Mode is the runtime's access value (fmOpenRead 0, fmOpenWrite 1, fmOpenReadWrite 2) or'ed
