@@ -12,6 +12,8 @@
 #include <kx/rtl/Persistent.h>
 #include <kx/rtl/Set.h>
 #include <kx/rtl/Streams.h>
+#include <kx/rtl/StringList.h>
 #include <kx/rtl/Strings.h>
 #include <kx/rtl/SyncObjs.h>
+#include <kx/rtl/SysUtils.h>
 #include <kx/rtl/System.h>
