@@ -14,3 +14,4 @@
 #include <kx/classes/MemoryBuffer.h>
 #include <kx/classes/BufferConversions.h>
 #include <kx/classes/PointerArithmetic.h>
+#include <kx/classes/TextParser.h>
