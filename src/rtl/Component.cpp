@@ -1,6 +1,7 @@
 // Components: ownership, names and free notifications.
 #include <kx/rtl/Component.h>
 #include <kx/rtl/InterfacedObject.h>
+#include <kx/rtl/SysUtils.h>
 
 namespace kx {
 
@@ -12,15 +13,6 @@ bool IsValidIdent(const AnsiString& S) {
   if (S.empty() || !Alpha(S[0])) return false;
   for (char C : S)
     if (!Alpha(C) && !(C >= '0' && C <= '9')) return false;
-  return true;
-}
-bool SameName(const AnsiString& A, const AnsiString& B) {
-  if (A.size() != B.size()) return false;
-  for (size_t I = 0; I < A.size(); ++I) {
-    char X = A[I] >= 'a' && A[I] <= 'z' ? char(A[I] - 32) : A[I];
-    char Y = B[I] >= 'a' && B[I] <= 'z' ? char(B[I] - 32) : B[I];
-    if (X != Y) return false;
-  }
   return true;
 }
 } // namespace
@@ -71,7 +63,7 @@ TComponent* TComponent::FindComponent(const AnsiString& AName) const {
   if (AName.empty() || !FComponents) return nullptr;
   for (int32_t I = 0; I < FComponents->Count(); ++I) {
     auto* C = static_cast<TComponent*>(FComponents->Get(I));
-    if (SameName(C->FName, AName)) return C;
+    if (SameText(C->FName, AName)) return C;
   }
   return nullptr;
 }
@@ -89,7 +81,7 @@ void TComponent::SetName(const AnsiString& NewName) {
 
 void TComponent::ValidateRename(TComponent* AComponent, const AnsiString& CurName,
                                 const AnsiString& NewName) {
-  if (AComponent && !SameName(CurName, NewName)) {
+  if (AComponent && !SameText(CurName, NewName)) {
     TComponent* Existing = FindComponent(NewName);
     if (Existing && Existing != AComponent)
       throw EComponentError(Format(SDuplicateName, {NewName}));

@@ -1,5 +1,6 @@
 // TObject, class references and the registry of classes findable by name.
 #include <kx/rtl/Object.h>
+#include <kx/rtl/SysUtils.h>
 
 #include <algorithm>
 #include <mutex>
@@ -44,12 +45,6 @@ TClassRegistry& Registry() {
   static TClassRegistry R;
   return R;
 }
-bool SameAsciiText(std::string_view A, std::string_view B) {
-  return std::equal(A.begin(), A.end(), B.begin(), B.end(), [](char X, char Y) {
-    auto Up = [](char C) { return C >= 'a' && C <= 'z' ? char(C - 32) : C; };
-    return Up(X) == Up(Y);
-  });
-}
 } // namespace
 
 void KxRegisterClass(TClass AClass) {
@@ -69,7 +64,7 @@ TClass KxFindClass(std::string_view Name) {
   auto& R = Registry();
   std::lock_guard Guard(R.Lock);
   for (TClass C : R.Classes)
-    if (SameAsciiText(C->Name, Name)) return C;
+    if (SameText(AnsiString(C->Name), AnsiString(Name))) return C;
   return nullptr;
 }
 

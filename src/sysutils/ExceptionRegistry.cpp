@@ -1,5 +1,6 @@
 // The error-code registry of exception classes.
 #include <kx/rtl/Lists.h>
+#include <kx/rtl/SysUtils.h>
 #include <kx/sysutils/ExceptionRegistry.h>
 #include <kx/sysutils/KxException.h>
 
@@ -22,16 +23,6 @@ namespace {
 
 // Null until the first registration; not locked, registrations happen at start-up.
 TObjectList* Registry = nullptr;
-
-bool SameTextAscii(const AnsiString& A, const AnsiString& B) {
-  if (A.size() != B.size()) return false;
-  for (size_t I = 0; I < A.size(); ++I) {
-    char X = A[I] >= 'a' && A[I] <= 'z' ? char(A[I] - 32) : A[I];
-    char Y = B[I] >= 'a' && B[I] <= 'z' ? char(B[I] - 32) : B[I];
-    if (X != Y) return false;
-  }
-  return true;
-}
 
 void Register(const AnsiString& Namespace, int32_t ErrorCode, ExceptClass AClass, int32_t Line) {
   if (!Registry) Registry = TObjectList::Create(true);
@@ -73,7 +64,7 @@ ExceptClass KxGetExceptionClassByName(const AnsiString& Name, int32_t* ErrorCode
   if (!Registry) return nullptr;
   for (int32_t I = 0; I < Registry->Count(); ++I) {
     auto* Entry = static_cast<TExceptionClass*>(Registry->Get(I));
-    if (SameTextAscii(Name, Entry->ClassName())) {
+    if (SameText(Name, Entry->ClassName())) {
       if (ErrorCode) *ErrorCode = Entry->ErrorCode;
       return Entry->ExceptionClass;
     }
