@@ -21,6 +21,7 @@ constexpr TUnitSteps Units[] = {
     {"uKxThreads", &detail::uKxThreads_Initialize, &detail::uKxThreads_Finalize},
     {"uKxSysUtils", &detail::uKxSysUtils_Initialize, &detail::uKxSysUtils_Finalize},
     {"uKxClasses", &detail::uKxClasses_Initialize, &detail::uKxClasses_Finalize},
+    {"uKxNetEncoding", &detail::uKxNetEncoding_Initialize, &detail::uKxNetEncoding_Finalize},
 };
 
 std::atomic<int> InitCount{0};

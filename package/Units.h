@@ -5,6 +5,8 @@ namespace kx::detail {
 
 void uKxClasses_Initialize();
 void uKxClasses_Finalize();
+void uKxNetEncoding_Initialize();
+void uKxNetEncoding_Finalize();
 void uKxSysUtils_Initialize();
 void uKxSysUtils_Finalize();
 void uKxThreads_Initialize();

@@ -50,6 +50,9 @@ private:
   // positions of a group (an invalid byte sets the top byte).
   uint16_t FEncodePairs[4096];
   uint32_t FDecodeGroup[4][256];
+  // Whole blocks go through the processor's vector unit where it can.
+  bool FVectorEncode = false;
+  bool FVectorDecode = false;
 };
 
 // Base64 with "-" and "_" for the last two values and no padding.
