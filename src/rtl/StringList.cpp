@@ -421,7 +421,12 @@ bool TStringList::Find(const AnsiString& S, int32_t& Index) const {
 }
 
 int32_t TStringList::IndexOf(const AnsiString& S) const {
-  if (!FSorted) return TStrings::IndexOf(S);
+  if (!FSorted) {
+    // TStrings::IndexOf, without copying every string out through Get.
+    for (size_t I = 0; I < FList.size(); ++I)
+      if (CompareStrings(FList[I].FString, S) == 0) return int32_t(I);
+    return -1;
+  }
   int32_t Result = 0;
   return Find(S, Result) ? Result : -1;
 }

@@ -4,6 +4,7 @@
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 namespace kx {
@@ -125,6 +126,36 @@ int32_t OrdinalCompare(const S& S1, const S& S2, bool FoldCase) {
 
 int32_t Collate(const UnicodeString& S1, const UnicodeString& S2, bool IgnoreCase) {
   return platform::CompareStringWide(S1.data(), S1.size(), S2.data(), S2.size(), IgnoreCase);
+}
+
+// 8-bit text in UTF-16 for the collation. Every ANSI code page maps ASCII to the same code
+// units, so short ASCII text (what sorted lists mostly hold) is widened in place, without the
+// converter and without an allocation.
+class TWidened {
+public:
+  explicit TWidened(const AnsiString& S) {
+    if (S.size() <= std::size(FBuffer) && IsAscii(S)) {
+      std::copy(S.begin(), S.end(), FBuffer);
+      FText = std::u16string_view(FBuffer, S.size());
+    } else {
+      FHeap = AnsiToUnicode(S);
+      FText = FHeap;
+    }
+  }
+  TWidened(const TWidened&) = delete;
+  TWidened& operator=(const TWidened&) = delete;
+  std::u16string_view Text() const { return FText; }
+
+private:
+  char16_t FBuffer[128];
+  UnicodeString FHeap;
+  std::u16string_view FText;
+};
+
+int32_t Collate(const AnsiString& S1, const AnsiString& S2, bool IgnoreCase) {
+  TWidened W1(S1), W2(S2);
+  return platform::CompareStringWide(W1.Text().data(), W1.Text().size(), W2.Text().data(),
+                                     W2.Text().size(), IgnoreCase);
 }
 
 // --- quoting ---------------------------------------------------------------------------
@@ -362,13 +393,13 @@ bool SameText(const UnicodeString& S1, const UnicodeString& S2) {
 }
 
 int32_t AnsiCompareStr(const AnsiString& S1, const AnsiString& S2) {
-  return Collate(AnsiToUnicode(S1), AnsiToUnicode(S2), false);
+  return Collate(S1, S2, false);
 }
 int32_t AnsiCompareStr(const UnicodeString& S1, const UnicodeString& S2) {
   return Collate(S1, S2, false);
 }
 int32_t AnsiCompareText(const AnsiString& S1, const AnsiString& S2) {
-  return Collate(AnsiToUnicode(S1), AnsiToUnicode(S2), true);
+  return Collate(S1, S2, true);
 }
 int32_t AnsiCompareText(const UnicodeString& S1, const UnicodeString& S2) {
   return Collate(S1, S2, true);
