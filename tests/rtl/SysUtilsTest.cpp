@@ -45,11 +45,8 @@ TEST(StrToInt, RejectsEverythingElseWithTheConvertMessage) {
     EXPECT_EQ(V, 99) << "a failed conversion leaves the value alone: " << Bad;
     EXPECT_EQ(StrToIntDef(AnsiString(Bad), -5), -5) << Bad;
   }
-  EXPECT_EQ(StrToIntDef(AnsiString("12\0"
-                                   "3",
-                                   4),
-                        0),
-            0); // a zero is not the end
+  AnsiString WithZero = AnsiString("12") + '\0' + "3";
+  EXPECT_EQ(StrToIntDef(WithZero, 0), 0); // a zero is not the end of the text
   try {
     StrToInt(" 12 ");
     FAIL();
