@@ -55,17 +55,47 @@ void* GetModule(const char* Name);
 void* LoadModule(const char* Name);
 void* GetProc(void* Module, const char* Name);
 
-// Code pages: the process ANSI code page and the MultiByteToWideChar/WideCharToMultiByte
-// pair (counts in code units; a null or 0-length destination asks for the size).
+// Code pages: the OS's ANSI code page, and the MultiByteToWideChar/WideCharToMultiByte pair
+// with the Win32 contract on every platform. Counts are in code units; a source length of -1
+// takes a zero-terminated source together with its terminator; a 0-length destination asks for
+// the size; 0 is a failure with the code in LastError(): ERROR_INSUFFICIENT_BUFFER_ when the
+// destination is too small, ERROR_NO_UNICODE_TRANSLATION_ for invalid input under
+// MB_ERR_INVALID_CHARS_ or WC_ERR_INVALID_CHARS_, ERROR_INVALID_FLAGS_ for flags the code page
+// refuses (any flag for 42, 50220-50229, 57002-57011 and 65000; more than the invalid-characters
+// flag for 65001 and 54936), ERROR_INVALID_PARAMETER_ for a code page the platform lacks and for
+// 1200, 1201, 12000 and 12001, which the pair does not convert. Code page 0 is the OS's own
+// ANSI code page, not the runtime's KxSystemCodePage(): callers resolve 0 themselves.
 uint32_t SystemCodePage();
+inline constexpr uint32_t MB_PRECOMPOSED_ = 0x01;
 inline constexpr uint32_t MB_ERR_INVALID_CHARS_ = 0x08;
+inline constexpr uint32_t WC_DISCARDNS_ = 0x10;
+inline constexpr uint32_t WC_SEPCHARS_ = 0x20;
+inline constexpr uint32_t WC_DEFAULTCHAR_ = 0x40;
 inline constexpr uint32_t WC_ERR_INVALID_CHARS_ = 0x80;
+inline constexpr uint32_t WC_COMPOSITECHECK_ = 0x200;
+inline constexpr uint32_t WC_NO_BEST_FIT_CHARS_ = 0x400;
+inline constexpr uint32_t ERROR_INVALID_FLAGS_ = 1004;
 int32_t MultiByteToWide(uint32_t CodePage, uint32_t Flags, const char* Src, int32_t SrcLen,
                         char16_t* Dst, int32_t DstLen);
 int32_t WideToMultiByte(uint32_t CodePage, uint32_t Flags, const char16_t* Src, int32_t SrcLen,
                         char* Dst, int32_t DstLen);
-// Whether the platform knows the code page.
+// A destination length that MultiByteToWide's result fits in, with the same failures for the
+// code page, flags and arguments. Win32 measures exactly; POSIX answers from the source length
+// where a byte never yields more than one code unit, so that long texts are converted once.
+int32_t MultiByteToWideBound(uint32_t CodePage, uint32_t Flags, const char* Src, int32_t SrcLen);
+// Whether the platform converts the code page.
 bool IsValidCodePage(uint32_t CodePage);
+// The longest character of the code page in bytes (GetCPInfo's MaxCharSize), 0 when the
+// platform has no information on it.
+uint32_t CodePageMaxCharSize(uint32_t CodePage);
+
+// Unicode normalisation through Win32's NormalizeString (forms 1 C, 2 D, 5 KC, 6 KD), found by
+// name at run time: the module is normaliz.dll on Windows; on POSIX the same name stands for a
+// module built over ICU. Both return null when there is no such module or entry.
+using TNormalizeStringProc = int32_t(KX_STDCALL*)(int32_t NormForm, const char16_t* Src,
+                                                  int32_t SrcLen, char16_t* Dst, int32_t DstLen);
+void* LoadNormalizationModule(const char* Name);
+void* GetNormalizationProc(void* Module, const char* Name);
 
 // Text: the simple case mappings (one to one, so the length never changes) and the collation
 // the runtime's Ansi* comparisons use. Windows follows the user's locale (CharUpperBuffW,

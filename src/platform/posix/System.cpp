@@ -52,6 +52,8 @@ AnsiString ErrorMessage(uint32_t Code) {
     return "The data area passed to a system call is too small.";
   case ERROR_NO_UNICODE_TRANSLATION_:
     return "No mapping for the Unicode character exists in the target multi-byte code page.";
+  case ERROR_INVALID_FLAGS_:
+    return "Invalid flags.";
   default:
     break;
   }
