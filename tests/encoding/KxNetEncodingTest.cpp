@@ -11,10 +11,7 @@ TEST(KxNetEncoding, SharedInstancesAreMadeOnceAndKept) {
   EXPECT_EQ(TKxNetEncoding::Base64Url(), TKxNetEncoding::Base64Url());
   EXPECT_EQ(TKxNetEncoding::Hex(), TKxNetEncoding::Hex());
   EXPECT_EQ(TKxNetEncoding::URL(), TKxNetEncoding::URL());
-  EXPECT_EQ(B->ClassName(), "TKxBase64Encoding");
-  EXPECT_EQ(TKxNetEncoding::Base64Url()->ClassName(), "TKxBase64UrlEncoding");
   EXPECT_TRUE(TKxNetEncoding::Base64Url()->InheritsFrom(TKxBase64Encoding::ClassInfo()));
-  EXPECT_TRUE(TKxNetEncoding::Hex()->InheritsFrom(TNetEncodingEx::ClassInfo()));
   EXPECT_FALSE(TKxNetEncoding::URL()->InheritsFrom(TNetEncoding::ClassInfo()));
 }
 

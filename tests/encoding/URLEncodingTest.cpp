@@ -49,6 +49,8 @@ TEST(URLEncoding, DecodeReplacesEachEscape) {
   EXPECT_EQ(TURLEncoding::Decode("%e9%FF"), "\xe9\xff");
   EXPECT_EQ(TURLEncoding::Decode("no escapes"), "no escapes");
   EXPECT_EQ(TURLEncoding::Decode(""), "");
+  // Fewer than two characters left: what is there is the number.
+  EXPECT_EQ(TURLEncoding::Decode("a%4"), "a\x04");
 }
 
 TEST(URLEncoding, MalformedEscapesRaiseTheConversionError) {
