@@ -3,6 +3,10 @@
 
 #include <windows.h>
 
+// The layer's own names, not the A/W macros of <windows.h>.
+#undef CreateEvent
+#undef CreateSemaphore
+
 namespace kx::platform {
 
 Handle CreateSemaphore(int32_t InitialCount, int32_t MaximumCount) {
