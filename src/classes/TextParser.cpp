@@ -3,11 +3,16 @@
 #include <kx/classes/MemoryStream.h>
 #include <kx/classes/ObjectEx.h>
 #include <kx/classes/TextParser.h>
+#include <kx/types/Encoding.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#endif
 
 namespace kx {
 
@@ -43,21 +48,114 @@ inline int SequenceLength(uint8_t Lead) {
   return Lead >= 0xF0 ? 4 : Lead >= 0xE0 ? 3 : Lead >= 0xC0 ? 2 : 1;
 }
 
+// Vectors of bytes as GCC's vector extension knows them; the compiler picks the
+// instructions (SSE2 for 16 bytes on x86, AVX2 for 32 bytes where the routine is built for it).
+#if defined(__GNUC__)
+#define KX_BYTE_VECTORS 1
+template <int N>
+using TByteVector __attribute__((vector_size(N))) = uint8_t;
+template <int N>
+using TWordVector __attribute__((vector_size(N))) = uint64_t;
+
+// Finds the first C in [P, End) (End when there is none) and adds to Lines the line feeds
+// before it: one pass over the bytes. Each lane counts its line feeds in a byte, emptied
+// before it can wrap (at most 254 rounds).
+template <int N>
+const uint8_t* ScanCountImpl(const uint8_t* P, const uint8_t* End, uint8_t C, size_t& Lines) {
+  const TByteVector<N> SplatC = TByteVector<N>{} + C;
+  const TByteVector<N> SplatLF = TByteVector<N>{} + LF;
+  while (End - P >= 2 * N) {
+    const ptrdiff_t Rounds = std::min<ptrdiff_t>((End - P) / (2 * N), 127);
+    TByteVector<N> Acc = {};
+    bool Hit = false;
+    for (ptrdiff_t I = 0; I < Rounds; ++I) {
+      TByteVector<N> A, B;
+      std::memcpy(&A, P, N);
+      std::memcpy(&B, P + N, N);
+      const TWordVector<N> Any = reinterpret_cast<TWordVector<N>>((A == SplatC) | (B == SplatC));
+      uint64_t Bits = 0;
+      for (int W = 0; W < N / 8; ++W) Bits |= Any[W];
+      if (Bits != 0) {
+        Hit = true;
+        break;
+      }
+      Acc -= reinterpret_cast<TByteVector<N>>(A == SplatLF);
+      Acc -= reinterpret_cast<TByteVector<N>>(B == SplatLF);
+      P += 2 * N;
+    }
+    for (int L = 0; L < N; ++L) Lines += Acc[L];
+    if (Hit) break;
+  }
+  for (; P < End && *P != C; ++P) Lines += *P == LF;
+  return P;
+}
+
+#if defined(__x86_64__) || defined(__i386__)
+// The same with AVX2 where the processor has it: 128 bytes a round, one test for C over all
+// four vectors, and the line-feed lanes summed with SAD.
+__attribute__((target("avx2"))) const uint8_t* ScanCountAVX2(const uint8_t* P, const uint8_t* End,
+                                                             uint8_t C, size_t& Lines) {
+  const __m256i SplatC = _mm256_set1_epi8(char(C));
+  const __m256i SplatLF = _mm256_set1_epi8(char(LF));
+  const __m256i Zero = _mm256_setzero_si256();
+  bool Hit = false;
+  while (!Hit && End - P >= 128) {
+    // Four line feeds a lane per round: 63 rounds stay below 256.
+    const ptrdiff_t Rounds = std::min<ptrdiff_t>((End - P) / 128, 63);
+    __m256i Acc = Zero;
+    for (ptrdiff_t I = 0; I < Rounds; ++I, P += 128) {
+      const __m256i* V = reinterpret_cast<const __m256i*>(P);
+      const __m256i A = _mm256_loadu_si256(V), B = _mm256_loadu_si256(V + 1);
+      const __m256i D = _mm256_loadu_si256(V + 2), E = _mm256_loadu_si256(V + 3);
+      const __m256i Found = _mm256_or_si256(
+          _mm256_or_si256(_mm256_cmpeq_epi8(A, SplatC), _mm256_cmpeq_epi8(B, SplatC)),
+          _mm256_or_si256(_mm256_cmpeq_epi8(D, SplatC), _mm256_cmpeq_epi8(E, SplatC)));
+      if (!_mm256_testz_si256(Found, Found)) {
+        Hit = true;
+        break;
+      }
+      Acc = _mm256_sub_epi8(Acc, _mm256_cmpeq_epi8(A, SplatLF));
+      Acc = _mm256_sub_epi8(Acc, _mm256_cmpeq_epi8(B, SplatLF));
+      Acc = _mm256_sub_epi8(Acc, _mm256_cmpeq_epi8(D, SplatLF));
+      Acc = _mm256_sub_epi8(Acc, _mm256_cmpeq_epi8(E, SplatLF));
+    }
+    uint64_t Sums[4];
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(Sums), _mm256_sad_epu8(Acc, Zero));
+    Lines += size_t(Sums[0] + Sums[1] + Sums[2] + Sums[3]);
+  }
+  for (; P < End && *P != C; ++P) Lines += *P == LF;
+  return P;
+}
+
+bool HasAVX2() {
+  static const bool Result = [] {
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx2") != 0;
+  }();
+  return Result;
+}
+#endif
+
+const uint8_t* ScanCount(const uint8_t* P, const uint8_t* End, uint8_t C, size_t& Lines) {
+#if defined(__x86_64__) || defined(__i386__)
+  if (HasAVX2()) return ScanCountAVX2(P, End, C, Lines);
+#endif
+  return ScanCountImpl<16>(P, End, C, Lines);
+}
+#endif
+
 // The number of bytes equal to B in [P, End).
 size_t CountByte(const uint8_t* P, const uint8_t* End, uint8_t B) {
   size_t N = 0;
-#if defined(__GNUC__)
-  // Sixteen lanes at a time: each lane counts its matches in a byte, emptied before it can
-  // wrap (at most 255 rounds).
-  typedef uint8_t V16 __attribute__((vector_size(16)));
-  const V16 Splat = V16{} + B;
+#if defined(KX_BYTE_VECTORS)
+  const TByteVector<16> Splat = TByteVector<16>{} + B;
   while (End - P >= 16) {
-    ptrdiff_t Rounds = std::min<ptrdiff_t>((End - P) / 16, 255);
-    V16 Acc = {};
+    const ptrdiff_t Rounds = std::min<ptrdiff_t>((End - P) / 16, 255);
+    TByteVector<16> Acc = {};
     for (ptrdiff_t I = 0; I < Rounds; ++I, P += 16) {
-      V16 V;
+      TByteVector<16> V;
       std::memcpy(&V, P, 16);
-      Acc -= reinterpret_cast<V16>(V == Splat);
+      Acc -= reinterpret_cast<TByteVector<16>>(V == Splat);
     }
     for (int L = 0; L < 16; ++L) N += Acc[L];
   }
@@ -66,31 +164,34 @@ size_t CountByte(const uint8_t* P, const uint8_t* End, uint8_t B) {
   return N;
 }
 
-// Text conversions of the parser.
+// Text conversions of the parser, all through the library's encoding class.
 UnicodeString WidenText(const uint8_t* P, size_t N, uint16_t CodePage) {
-  return AnsiToUnicode(std::string_view(reinterpret_cast<const char*>(P), N), CodePage);
+  UnicodeString W;
+  return TKxEncoding::ConvertA(P, int32_t(N), W, CodePage);
 }
 UnicodeString UTF16Text(const uint8_t* P, size_t Bytes) {
-  UnicodeString W(Bytes / 2, u'\0');
-  if (!W.empty()) std::memcpy(W.data(), P, W.size() * 2);
-  return W;
+  UnicodeString W;
+  return TKxEncoding::ConvertB(P, int32_t(Bytes), W, 1200);
 }
 UnicodeString UTF8Text(const uint8_t* P, size_t N) {
-  return UTF8Decode(std::string_view(reinterpret_cast<const char*>(P), N));
+  return WidenText(P, N, 65001);
 }
-AnsiString SystemText(const UnicodeString& W) {
-  return UnicodeToAnsi(W, 0);
+// Bytes in a code page as 8-bit text of the system code page.
+AnsiString SystemText(const uint8_t* P, size_t N, uint16_t FromCodePage) {
+  AnsiString S;
+  return TKxEncoding::ConvertB(P, int32_t(N), S, 0, FromCodePage);
 }
 // One character narrowed to the system code page (its first byte); ASCII as it is.
 AnsiChar NarrowChar(WideChar W) {
   if (W < 0x80) return AnsiChar(W);
-  AnsiString S = UnicodeToAnsi(std::u16string_view(&W, 1), 0);
+  AnsiString S;
+  TKxEncoding::ConvertW(&W, 1, S, 0);
   return S.empty() ? AnsiChar(0) : S[0];
 }
 // One 8-bit character of the system code page widened; ASCII as it is.
 WideChar WidenSystemChar(AnsiChar C) {
   if (uint8_t(C) < 0x80) return WideChar(uint8_t(C));
-  UnicodeString W = AnsiToUnicode(std::string_view(&C, 1), 0);
+  UnicodeString W = WidenText(reinterpret_cast<const uint8_t*>(&C), 1, 0);
   return W.empty() ? WideChar(0) : W[0];
 }
 
@@ -148,7 +249,8 @@ struct TTextParserOps {
   static void NextSBCS(P* S) { StepSBCS(S); }
 
   // K moves at once, K >= 1 and CurPos + K <= BufferEnd: the same counters as K steps.
-  static void AdvanceSBCS(P* S, ptrdiff_t K) {
+  // Lines is the number of line feeds arrived at, when the caller already knows it.
+  static void AdvanceSBCS(P* S, ptrdiff_t K, ptrdiff_t Lines = -1) {
     const uint8_t* From = S->FCurPos;
     const uint8_t* To = From + K;
     const bool AtEnd = To == S->FBufferEnd;
@@ -157,9 +259,8 @@ struct TTextParserOps {
     S->FCharsRead += K;
     S->FPosition += K;
     // The bytes arrived at are From + 1 .. To; the end itself holds no byte.
-    const uint8_t* Arrived = From + 1;
     const uint8_t* ArrivedEnd = AtEnd ? To : To + 1;
-    size_t Lines = CountByte(Arrived, ArrivedEnd, LF);
+    if (Lines < 0) Lines = ptrdiff_t(CountByte(From + 1, ArrivedEnd, LF));
     if (Lines != 0) {
       const uint8_t* Last = ArrivedEnd - 1;
       while (*Last != LF) --Last;
@@ -192,6 +293,29 @@ struct TTextParserOps {
     }
   }
 
+  // Up to the next C, finding it and counting the line feeds passed in one pass.
+  static void SkipToByte(P* S, uint8_t C) {
+#if defined(KX_BYTE_VECTORS)
+    while (!S->FEOF) {
+      const uint8_t* From = S->FCurPos;
+      const uint8_t* End = S->FBufferEnd;
+      size_t Passed = 0;
+      const uint8_t* Stop = ScanCount(From, End, C, Passed);
+      if (Stop == From) return;
+      const bool Found = Stop != End;
+      // The scan counted From .. Stop - 1; the moves arrive at From + 1 .. Stop.
+      ptrdiff_t Lines = ptrdiff_t(Passed) - (*From == LF) + (Found && C == LF);
+      AdvanceSBCS(S, Stop - From, Lines);
+      if (Found) return;
+    }
+#else
+    SkipBytes(S, [C](const uint8_t* Q, const uint8_t* Lim) {
+      const void* Hit = std::memchr(Q, C, size_t(Lim - Q));
+      return Hit ? static_cast<const uint8_t*>(Hit) : Lim;
+    });
+#endif
+  }
+
   template <class Pred>
   static void SkipBytesWhile(P* S, Pred Holds) {
     SkipBytes(S, [&](const uint8_t* Q, const uint8_t* Lim) {
@@ -203,11 +327,7 @@ struct TTextParserOps {
   static void SkipASBCS(P* S, TKxTextParserSkipOp Op, uint8_t C) {
     switch (Op) {
     case sopUnEq:
-      // Up to the next C: what the C library finds fastest.
-      SkipBytes(S, [C](const uint8_t* Q, const uint8_t* Lim) {
-        const void* Hit = std::memchr(Q, C, size_t(Lim - Q));
-        return Hit ? static_cast<const uint8_t*>(Hit) : Lim;
-      });
+      SkipToByte(S, C);
       break;
     case sopEq:
       SkipBytesWhile(S, [C](uint8_t X) { return X == C; });
@@ -260,7 +380,9 @@ struct TTextParserOps {
     S->FPosition += 2;
   }
 
-  static void NextDBCS(P* S) { StepDBCS(S); }
+  static void NextDBCS(P* S) {
+    StepDBCS(S);
+  }
 
   template <class Pred>
   static void SkipUnitsWhile(P* S, Pred Holds) {
@@ -309,7 +431,9 @@ struct TTextParserOps {
     ++S->FColNr;
   }
 
-  static void NextMBCS(P* S) { StepMBCS(S); }
+  static void NextMBCS(P* S) {
+    StepMBCS(S);
+  }
 
   // The value of the character at CurPos, decoded from its bytes (missing ones count as 0;
   // moving over such a sequence raises).
@@ -733,10 +857,10 @@ AnsiString TKxTextParser::PeekStringA(int32_t Count) {
     const size_t Bytes = size_t(FCurPos - From);
     switch (FCharacterSetType) {
     case DBCS:
-      Result = SystemText(UTF16Text(From, Bytes));
+      Result = SystemText(From, Bytes, 1200);
       break;
     case MBCS:
-      Result = SystemText(UTF8Text(From, Bytes));
+      Result = SystemText(From, Bytes, 65001);
       break;
     default:
       Result.assign(reinterpret_cast<const char*>(From), Bytes);
@@ -846,10 +970,10 @@ AnsiString TKxTextParser::SelectedA(TKxTextParserPosType FromPos, TKxTextParserP
   AnsiString Result;
   switch (FCharacterSetType) {
   case DBCS:
-    Result = SystemText(UTF16Text(From, size_t(Count)));
+    Result = SystemText(From, size_t(Count), 1200);
     break;
   case MBCS:
-    Result = SystemText(UTF8Text(From, size_t(Count)));
+    Result = SystemText(From, size_t(Count), 65001);
     break;
   default:
     Result.assign(reinterpret_cast<const char*>(From), size_t(Count));
