@@ -11,8 +11,11 @@
 namespace kx::platform {
 
 TThreadID CurrentThreadId() {
-  // gettid is a system call each time; the id of a thread never changes.
-  thread_local TThreadID Cached = static_cast<TThreadID>(gettid());
+  // gettid is a system call each time; the id of a thread never changes. The locks ask on
+  // every entry, so the cache is initial-exec (one load through %fs instead of a call to
+  // __tls_get_addr) and zero-initialised (no guard).
+  static thread_local TThreadID Cached [[gnu::tls_model("initial-exec")]] = 0;
+  if (Cached == 0) Cached = static_cast<TThreadID>(gettid());
   return Cached;
 }
 
