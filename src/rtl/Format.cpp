@@ -44,10 +44,18 @@ void Decompose(double V, int Precision, AnsiString& Mantissa, int& Exponent) {
 }
 
 AnsiString ExponentText(int Exponent, int MinDigits, bool PlusSign) {
-  AnsiString S = Exponent < 0 ? "-" : (PlusSign ? "+" : "");
   AnsiString D = std::to_string(std::abs(Exponent));
-  if (int(D.size()) < MinDigits) D.insert(0, size_t(MinDigits) - D.size(), '0');
-  return "E" + S + D;
+  AnsiString R(1, 'E');
+  if (Exponent < 0 || PlusSign) R += Exponent < 0 ? '-' : '+';
+  if (int(D.size()) < MinDigits) R.append(size_t(MinDigits) - D.size(), '0');
+  return R.append(D);
+}
+
+// "d.ddd" from the mantissa digits (GCC 12 misreports literal + string concatenations, so
+// the pieces are appended).
+void AppendMantissa(AnsiString& R, const AnsiString& M) {
+  R += M[0];
+  if (M.size() > 1) R.append(1, '.').append(M, 1);
 }
 
 AnsiString FormatExponent(double V, int Precision) {
@@ -55,9 +63,8 @@ AnsiString FormatExponent(double V, int Precision) {
   int E;
   Decompose(V, Precision, M, E);
   AnsiString R = std::signbit(V) ? "-" : "";
-  R += M.substr(0, 1);
-  if (M.size() > 1) R += "." + M.substr(1);
-  return R + ExponentText(E, 3, true);
+  AppendMantissa(R, M);
+  return R.append(ExponentText(E, 3, true));
 }
 
 AnsiString FormatGeneral(double V, int Precision) {
@@ -73,15 +80,14 @@ AnsiString FormatGeneral(double V, int Precision) {
       if (int(M.size()) <= E + 1)
         R += M + AnsiString(size_t(E + 1) - M.size(), '0');
       else
-        R += M.substr(0, size_t(E + 1)) + "." + M.substr(size_t(E + 1));
+        R.append(M, 0, size_t(E + 1)).append(1, '.').append(M, size_t(E + 1));
     } else {
-      R += "0." + AnsiString(size_t(-E - 1), '0') + M;
+      R.append("0.").append(size_t(-E - 1), '0').append(M);
     }
     return R;
   }
-  R += M.substr(0, 1);
-  if (M.size() > 1) R += "." + M.substr(1);
-  return R + ExponentText(E, 3, false);
+  AppendMantissa(R, M);
+  return R.append(ExponentText(E, 3, false));
 }
 
 AnsiString FormatFixed(double V, int Decimals, bool Thousands) {
@@ -95,7 +101,8 @@ AnsiString FormatFixed(double V, int Decimals, bool Thousands) {
     size_t Start = S[0] == '-' ? 1 : 0;
     size_t Dot = S.find('.');
     if (Dot == AnsiString::npos) Dot = S.size();
-    for (ptrdiff_t I = ptrdiff_t(Dot) - 3; I > ptrdiff_t(Start); I -= 3) S.insert(size_t(I), ",");
+    for (ptrdiff_t I = ptrdiff_t(Dot) - 3; I > ptrdiff_t(Start); I -= 3)
+      S.insert(size_t(I), 1, ',');
   }
   return S;
 }
@@ -229,7 +236,8 @@ struct TFormatter {
       if (!IsInt) Invalid();
       int64_t V = A.AsInt();
       AnsiString D = ZeroPad(Digits(V < 0 ? 0 - uint64_t(V) : uint64_t(V), 10), Precision);
-      return Widen(V < 0 ? "-" + D : D);
+      if (V < 0) D.insert(0, 1, '-');
+      return Widen(D);
     }
     case 'U':
     case 'X': {
@@ -262,7 +270,8 @@ struct TFormatter {
       int Decimals = Precision < 0 ? 2 : std::min(Precision, 18);
       if (Type == 'M') {
         AnsiString S = FormatFixed(std::fabs(V), Decimals, true);
-        return Widen(V < 0 ? "-$" + S : "$" + S);
+        S.insert(0, V < 0 ? "-$" : "$");
+        return Widen(S);
       }
       return Widen(FormatFixed(V, Decimals, Type == 'N'));
     }
