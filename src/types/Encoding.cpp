@@ -49,13 +49,17 @@ UnicodeString TKxEncoding::ConvertA(const AnsiString& S, uint16_t CodePage) {
 
 UnicodeString& TKxEncoding::ConvertA(const void* Buffer, int32_t Length, UnicodeString& Wide,
                                      uint16_t CodePage) {
-  Wide.clear();
-  if (!Buffer || Length == 0) return Wide;
+  if (!Buffer || Length == 0) {
+    Wide.clear();
+    return Wide;
+  }
   const uint32_t Cp = Resolve(CodePage);
   const char* Src = static_cast<const char*>(Buffer);
   // The string form never fails on invalid input: it converts without flags.
   int32_t Needed = platform::MultiByteToWideBound(Cp, 0, Src, Length);
   if (Needed == 0) RaiseLastOSError();
+  // Whatever Wide held is overwritten; resizing without emptying it first saves clearing
+  // memory that is about to be written.
   Wide.resize(size_t(Needed));
   int32_t Written = platform::MultiByteToWide(Cp, 0, Src, Length, Wide.data(), Needed);
   if (Written == 0) {
@@ -98,8 +102,10 @@ AnsiString TKxEncoding::ConvertW(const UnicodeString& Wide, uint16_t CodePage) {
 
 AnsiString& TKxEncoding::ConvertW(const WideChar* WideBuffer, int32_t Length, AnsiString& S,
                                   uint16_t CodePage) {
-  S.clear();
-  if (!WideBuffer || Length == 0) return S;
+  if (!WideBuffer || Length == 0) {
+    S.clear();
+    return S;
+  }
   const uint32_t Cp = Resolve(CodePage);
   const uint32_t Flags = RefusesFlags(Cp) ? 0 : FromWideFlags;
   int32_t Needed = platform::WideToMultiByte(Cp, Flags, WideBuffer, Length, nullptr, 0);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <random>
 
 using namespace kx;
 
@@ -258,5 +259,40 @@ TEST(GetCodePage, AStreamMustBeGiven) {
     FAIL() << "no assertion";
   } catch (const EAssertionFailed& E) {
     EXPECT_EQ(E.LineNumber(), 4001);
+  }
+}
+
+TEST(Encoding, LongTextsConvertAsTheirPiecesDo) {
+  // Texts long enough for the bulk paths, with characters of every width at every offset.
+  struct TPiece {
+    const char* Utf8;
+    const char16_t* Wide;
+    const char* Cp1252;
+  } Pieces[] = {
+      {"a", u"a", "a"},
+      {" ", u" ", " "},
+      {"\xC3\xA9", u"\u00E9", "\xE9"},
+      {"\xE2\x82\xAC", u"\u20AC", "\x80"},
+      {"\xF0\x9F\x98\x80", u"\U0001F600", "??"},
+      {"e\xCC\x81", u"e\u0301", "\xE9"},
+  };
+  std::mt19937 Gen(1);
+  for (int Round = 0; Round < 300; ++Round) {
+    AnsiString Utf8, Cp1252;
+    UnicodeString Wide;
+    const size_t Count = Gen() % 80;
+    for (size_t I = 0; I < Count; ++I) {
+      // Mostly ASCII, so that runs start and end anywhere.
+      const TPiece& P = Pieces[Gen() % 3 == 0 ? 2 + Gen() % 4 : Gen() % 2];
+      Utf8 += P.Utf8;
+      Wide += P.Wide;
+      Cp1252 += P.Cp1252;
+    }
+    ASSERT_EQ(TKxEncoding::ConvertA(Utf8, 65001), Wide) << Utf8;
+    ASSERT_EQ(TKxEncoding::ConvertW(Wide, 65001), Utf8) << Utf8;
+    ASSERT_EQ(TKxEncoding::ConvertW(Wide, 1252), Cp1252) << Utf8;
+    if (Utf8.empty()) continue;
+    ASSERT_EQ(TKxEncoding::ConvertA(Utf8.data(), int32_t(Utf8.size()), nullptr, 0, 65001),
+              int32_t(Wide.size()));
   }
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -261,6 +262,10 @@ struct TSingleByteTable {
   // Per BMP code unit: 1 round-trip mapping, 2 best-fit (ICU fallback) mapping.
   uint8_t FromWideKind[65536];
   uint8_t DefaultChar;
+  // Every byte is a character (no input is invalid).
+  bool AllValid;
+  // 00-7F and U+0000-U+007F map to each other one to one, which the fast paths rely on.
+  bool AsciiSame;
 };
 constexpr uint8_t MapExact = 1;
 constexpr uint8_t MapBestFit = 2;
@@ -331,6 +336,14 @@ TSingleByteTable* BuildSingleByteTable(UConverter* Cnv) {
     }
   }
   T->DefaultChar = T->FromWideKind[u'?'] ? T->FromWide[u'?'] : uint8_t('?');
+  T->AllValid = true;
+  T->AsciiSame = true;
+  for (int B = 0; B < 256; ++B) {
+    T->AllValid = T->AllValid && T->ToWideValid[B];
+    if (B < 0x80)
+      T->AsciiSame = T->AsciiSame && T->ToWideValid[B] && T->ToWide[B] == B &&
+                     T->FromWideKind[B] == MapExact && T->FromWide[B] == B;
+  }
   return T;
 }
 
@@ -454,82 +467,86 @@ struct TSink {
 
 // ---- UTF-8 ---------------------------------------------------------------------------------
 
-// ASCII runs widened 16 (or 8) bytes at a time; returns how many bytes were taken.
-size_t WidenAscii(const uint8_t* S, size_t N, char16_t* D) {
-  size_t I = 0;
+// The number of ASCII bytes at S, looking at up to 16 (8 without SSE2) and never past N; when
+// Dst is given, the bytes looked at are widened into it (those past the ASCII run too: the
+// caller overwrites them), so Dst must have room for all of them.
+inline int32_t AsciiRun(const uint8_t* S, int32_t N, char16_t* Dst) {
 #if defined(__SSE2__)
-  const __m128i Zero = _mm_setzero_si128();
-  while (I + 16 <= N) {
-    __m128i V = _mm_loadu_si128(reinterpret_cast<const __m128i*>(S + I));
-    if (_mm_movemask_epi8(V) != 0) break;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(D + I), _mm_unpacklo_epi8(V, Zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(D + I + 8), _mm_unpackhi_epi8(V, Zero));
-    I += 16;
+  if (N >= 16) {
+    __m128i V = _mm_loadu_si128(reinterpret_cast<const __m128i*>(S));
+    if (Dst) {
+      const __m128i Zero = _mm_setzero_si128();
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(Dst), _mm_unpacklo_epi8(V, Zero));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(Dst + 8), _mm_unpackhi_epi8(V, Zero));
+    }
+    unsigned Mask = unsigned(_mm_movemask_epi8(V));
+    return Mask ? std::countr_zero(Mask) : 16;
   }
 #endif
-  while (I + 8 <= N) {
+  if (N >= 8) {
     uint64_t V;
-    std::memcpy(&V, S + I, 8);
-    if (V & 0x8080808080808080ull) break;
-    for (size_t K = 0; K < 8; ++K) D[I + K] = S[I + K];
-    I += 8;
+    std::memcpy(&V, S, 8);
+    if (Dst)
+      for (int K = 0; K < 8; ++K) Dst[K] = S[K];
+    uint64_t High = V & 0x8080808080808080ull;
+    return High ? std::countr_zero(High) / 8 : 8;
   }
-  return I;
-}
-
-size_t CountAscii(const uint8_t* S, size_t N) {
-  size_t I = 0;
-  while (I + 8 <= N) {
-    uint64_t V;
-    std::memcpy(&V, S + I, 8);
-    if (V & 0x8080808080808080ull) break;
-    I += 8;
-  }
-  return I;
+  return 0;
 }
 
 // Ill-formed sequences (each maximal subpart, as ICU reads them) become U+FFFD, or fail the
-// conversion when Strict.
-int32_t Utf8ToWide(const uint8_t* S, size_t N, char16_t* Dst, size_t Cap, bool Strict) {
-  size_t I = 0, O = 0;
+// conversion when Strict. Checked is false when Cap is at least N: no byte yields more than
+// one code unit, so the output never outruns the input and needs no room checks.
+template <bool Write, bool Checked>
+int32_t Utf8ToWideImpl(const uint8_t* S, int32_t N, char16_t* Dst, int32_t Cap, bool Strict) {
+  int32_t I = 0, O = 0;
   while (I < N) {
-    size_t Run =
-        Dst ? WidenAscii(S + I, std::min(N - I, Cap - O), Dst + O) : CountAscii(S + I, N - I);
-    I += Run;
-    O += Run;
-    if (I >= N) break;
-    uint8_t B = S[I];
-    if (B < 0x80) {
-      if (Dst) {
-        if (O >= Cap) return Fail(ERROR_INSUFFICIENT_BUFFER_);
-        Dst[O] = B;
+    if (S[I] < 0x80) {
+      // A run of ASCII, many bytes at a time where there is room for them.
+      if (!Write || !Checked || Cap - O >= 16) {
+        int32_t Run = AsciiRun(S + I, N - I, Write ? Dst + O : nullptr);
+        if (Run > 0) {
+          I += Run;
+          O += Run;
+          continue;
+        }
       }
-      ++O, ++I;
+      if (Write) {
+        if (Checked && O >= Cap) return Fail(ERROR_INSUFFICIENT_BUFFER_);
+        Dst[O] = S[I];
+      }
+      ++I, ++O;
       continue;
     }
     UChar32 C;
-    int32_t Pos = 0;
-    int32_t Avail = N - I > 4 ? 4 : int32_t(N - I);
-    U8_NEXT(S + I, Pos, Avail, C);
-    I += size_t(Pos);
+    U8_NEXT(S, I, N, C);
     if (C < 0) {
       if (Strict) return Fail(ERROR_NO_UNICODE_TRANSLATION_);
       C = 0xFFFD;
     }
-    size_t Units = U16_LENGTH(C);
-    if (Dst) {
-      if (O + Units > Cap) return Fail(ERROR_INSUFFICIENT_BUFFER_);
-      if (Units == 1) {
+    if (C <= 0xFFFF) {
+      if (Write) {
+        if (Checked && O >= Cap) return Fail(ERROR_INSUFFICIENT_BUFFER_);
         Dst[O] = static_cast<char16_t>(C);
-      } else {
+      }
+      ++O;
+    } else {
+      if (Write) {
+        if (Checked && Cap - O < 2) return Fail(ERROR_INSUFFICIENT_BUFFER_);
         Dst[O] = U16_LEAD(C);
         Dst[O + 1] = U16_TRAIL(C);
       }
+      O += 2;
     }
-    O += Units;
-    if (O > size_t(INT32_MAX)) return Fail(ERROR_INVALID_PARAMETER_);
   }
-  return int32_t(O);
+  return O;
+}
+
+int32_t Utf8ToWide(const uint8_t* S, size_t N, char16_t* Dst, size_t Cap, bool Strict) {
+  // One code unit per byte at most, so the count fits as the source length does.
+  if (!Dst) return Utf8ToWideImpl<false, false>(S, int32_t(N), nullptr, 0, Strict);
+  if (Cap >= N) return Utf8ToWideImpl<true, false>(S, int32_t(N), Dst, int32_t(Cap), Strict);
+  return Utf8ToWideImpl<true, true>(S, int32_t(N), Dst, int32_t(Cap), Strict);
 }
 
 // Unpaired surrogates become U+FFFD, or fail the conversion when Strict.
@@ -628,24 +645,74 @@ TCompose CheckPair(const char16_t* S, size_t I, size_t N, uint32_t Flags, CanMap
 
 int32_t SingleByteToWide(const TSingleByteTable& T, const uint8_t* S, size_t N, char16_t* Dst,
                          size_t Cap, bool Strict) {
-  if (Strict)
+  if (Strict && !T.AllValid)
     for (size_t I = 0; I < N; ++I)
       if (!T.ToWideValid[S[I]]) return Fail(ERROR_NO_UNICODE_TRANSLATION_);
-  if (Dst) {
-    if (N > Cap) return Fail(ERROR_INSUFFICIENT_BUFFER_);
-    for (size_t I = 0; I < N; ++I) Dst[I] = T.ToWide[S[I]];
+  if (!Dst) return int32_t(N);
+  if (N > Cap) return Fail(ERROR_INSUFFICIENT_BUFFER_);
+  size_t I = 0;
+  while (I < N) {
+    if (T.AsciiSame && S[I] < 0x80 && N - I >= 16) {
+      int32_t Run = AsciiRun(S + I, int32_t(N - I), Dst + I);
+      if (Run > 0) {
+        I += size_t(Run);
+        continue;
+      }
+    }
+    Dst[I] = T.ToWide[S[I]];
+    ++I;
   }
   return int32_t(N);
 }
 
+// How many of the 16 code units at S are ASCII, from the first; their bytes (and garbage for
+// the rest, which the caller overwrites) go to Dst.
+inline int32_t NarrowAsciiRun(const char16_t* S, char* Dst) {
+#if defined(__SSE2__)
+  __m128i A = _mm_loadu_si128(reinterpret_cast<const __m128i*>(S));
+  __m128i B = _mm_loadu_si128(reinterpret_cast<const __m128i*>(S + 8));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(Dst), _mm_packus_epi16(A, B));
+  // A unit is ASCII when none of its bits above the lowest seven is set.
+  const __m128i High = _mm_set1_epi16(static_cast<short>(0xFF80));
+  const __m128i Zero = _mm_setzero_si128();
+  __m128i Ascii = _mm_packs_epi16(_mm_cmpeq_epi16(_mm_and_si128(A, High), Zero),
+                                  _mm_cmpeq_epi16(_mm_and_si128(B, High), Zero));
+  unsigned Other = ~unsigned(_mm_movemask_epi8(Ascii)) & 0xFFFFu;
+  return Other ? std::countr_zero(Other) : 16;
+#else
+  int32_t Run = 0;
+  while (Run < 16 && S[Run] < 0x80) {
+    Dst[Run] = static_cast<char>(S[Run]);
+    ++Run;
+  }
+  return Run;
+#endif
+}
+
 int32_t WideToSingleByte(const TSingleByteTable& T, uint32_t Flags, const char16_t* S, size_t N,
                          char* Dst, size_t Cap) {
+  const bool Composite = (Flags & WC_COMPOSITECHECK_) != 0;
+  // Only composition changes the length: without a mark that could compose, it is N.
+  if (!Dst) {
+    bool Marks = false;
+    for (size_t I = 1; Composite && I < N && !Marks; ++I) Marks = S[I] >= 0x300;
+    if (!Marks) return int32_t(N);
+  }
   const uint8_t Allowed = (Flags & WC_NO_BEST_FIT_CHARS_) ? MapExact : (MapExact | MapBestFit);
   auto Mappable = [&](char16_t U) { return (T.FromWideKind[U] & Allowed) != 0; };
   auto Byte = [&](char16_t U) { return Mappable(U) ? T.FromWide[U] : T.DefaultChar; };
   TSink<char> Out{Dst, Cap};
-  const bool Composite = (Flags & WC_COMPOSITECHECK_) != 0;
   for (size_t I = 0; I < N; ++I) {
+    if (Dst && T.AsciiSame && N - I >= 16 && Cap - Out.Len >= 16) {
+      int32_t Run = NarrowAsciiRun(S + I, Dst + Out.Len);
+      // The last of the run may compose with a mark that follows it.
+      if (Composite && Run > 0 && I + size_t(Run) < N && S[I + size_t(Run)] >= 0x300) --Run;
+      if (Run > 0) {
+        I += size_t(Run) - 1;
+        Out.Len += size_t(Run);
+        continue;
+      }
+    }
     char16_t Composed = 0;
     TCompose Action = Composite && I + 1 < N && S[I + 1] >= 0x300
                           ? CheckPair(S, I, N, Flags, Mappable, Composed)
