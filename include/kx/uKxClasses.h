@@ -5,6 +5,7 @@
 #include <kx/classes/BufferConversions.h>
 #include <kx/classes/ClassesConsts.h>
 #include <kx/classes/Component.h>
+#include <kx/classes/FileStream.h>
 #include <kx/classes/FreeNotifies.h>
 #include <kx/classes/Interfaces.h>
 #include <kx/classes/MemoryBuffer.h>
@@ -14,4 +15,7 @@
 #include <kx/classes/ObjectEx.h>
 #include <kx/classes/ObjectList.h>
 #include <kx/classes/PointerArithmetic.h>
+#include <kx/classes/StreamStrings.h>
+#include <kx/classes/StringStream.h>
 #include <kx/classes/TextParser.h>
+#include <kx/classes/UTF8StreamAdapter.h>

@@ -9,5 +9,13 @@ inline constexpr const char* SUnexpectedEOF = "Unexpected EOF";
 inline constexpr const char* SResizeBufferNotPossible = "It is not possible to resize the buffer!";
 // A code page the text component cannot store or parse.
 inline constexpr const char* SEncodingNotSupported = "The specified encoding is not supported!";
+// A code page given for a stream's text that its byte-order mark contradicts.
+inline constexpr const char* SEncodingBOMMismatch =
+    "The specified encoding does not match the BOM of the stream!";
+// Text whose code page the reader cannot handle, and a code page a method cannot handle.
+inline constexpr const char* SUnsupportedStreamEncoding =
+    "The stream contains text in an unsupported encoding!";
+inline constexpr const char* SEncodingNotSupportedByMethod =
+    "The specified encoding is not supported by this method!";
 
 } // namespace kx

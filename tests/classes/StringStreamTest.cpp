@@ -1,0 +1,374 @@
+// TKxStringStream: construction, code pages, writing and appending, reading at the position,
+// changing the code page, saving and loading.
+#include <kx/rtl/Exceptions.h>
+#include <kx/uKxClasses.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+using namespace kx;
+
+namespace {
+
+// Sets the process code page for one test and puts the old one back.
+struct TSystemCodePage {
+  uint32_t Saved = KxSystemCodePage();
+  explicit TSystemCodePage(uint32_t CodePage) { KxSetSystemCodePage(CodePage); }
+  ~TSystemCodePage() { KxSetSystemCodePage(Saved); }
+};
+
+// Frees the stream when the test is done with it.
+struct TOwned {
+  TKxStringStream* S;
+  explicit TOwned(TKxStringStream* AS) : S(AS) {}
+  ~TOwned() { S->Free(); }
+  TKxStringStream* operator->() const { return S; }
+  operator TKxStringStream*() const { return S; }
+};
+
+AnsiString Content(TKxStringStream* S) {
+  return AnsiString(reinterpret_cast<const char*>(S->Memory()), size_t(S->Size()));
+}
+
+std::filesystem::path TempFile(const char* Name) {
+  return std::filesystem::temp_directory_path() / Name;
+}
+
+AnsiString ReadFile(const std::filesystem::path& P) {
+  std::ifstream F(P, std::ios::binary);
+  return AnsiString(std::istreambuf_iterator<char>(F), std::istreambuf_iterator<char>());
+}
+
+void ExpectMessage(const std::function<void()>& Call, const AnsiString& Message) {
+  try {
+    Call();
+    ADD_FAILURE() << "no exception, expected: " << Message;
+  } catch (const Exception& E) {
+    EXPECT_EQ(E.Message(), Message);
+  }
+}
+
+} // namespace
+
+TEST(StringStream, ConstructorsSetCodePageContentAndPosition) {
+  TOwned Utf8(TKxStringStream::Create("abc"));
+  EXPECT_EQ(Utf8->CodePage(), 65001);
+  EXPECT_EQ(Utf8->Size(), 3);
+  EXPECT_EQ(Utf8->Position(), 0);
+  EXPECT_EQ(Utf8->GetCharCnt(), 3);
+
+  TOwned Wide(TKxStringStream::Create(UnicodeString(u"ab")));
+  EXPECT_EQ(Wide->CodePage(), 1200);
+  EXPECT_EQ(Content(Wide), AnsiString("a\0b\0", 4));
+  EXPECT_EQ(Wide->GetCharCnt(), 2);
+
+  TOwned Ansi(TKxStringStream::Create(AnsiString("\xE9t\xE9"), uint16_t(1252)));
+  EXPECT_EQ(Ansi->CodePage(), 1252);
+  EXPECT_EQ(Ansi->GetWString(), u"\u00E9t\u00E9");
+  EXPECT_EQ(Ansi->Delta(), 16u);
+
+  TOwned Empty(TKxStringStream::Create(uint16_t(932), uint32_t(64)));
+  EXPECT_EQ(Empty->Size(), 0);
+  EXPECT_EQ(Empty->Delta(), 64u);
+  EXPECT_EQ(Empty->GetWString(), u"");
+}
+
+TEST(StringStream, MaxCharSizeFollowsTheCodePage) {
+  struct TCase {
+    uint16_t CodePage, MaxCharSize;
+  } Cases[] = {{1252, 1}, {437, 1},   {932, 2},   {65001, 4}, {1200, 2},
+               {1201, 2}, {12000, 4}, {12001, 4}, {709, 1}};
+  for (const TCase& C : Cases) {
+    TOwned S(TKxStringStream::Create(C.CodePage, uint32_t(16)));
+    EXPECT_EQ(S->MaxCharSize(), C.MaxCharSize) << C.CodePage;
+  }
+  // UTF-8 has 4 bytes from the platform; a multi-byte count makes GetCharCnt convert.
+  TOwned S(TKxStringStream::Create("\xC3\xA9\xF0\x9F\x98\x80"));
+  EXPECT_EQ(S->GetCharCnt(), 3);
+}
+
+TEST(StringStream, TextIsConvertedIntoTheStreamsCodePage) {
+  TSystemCodePage System(1252);
+  TOwned S(TKxStringStream::Create(uint16_t(65001), uint32_t(16)));
+  // 8-bit text is system-code-page text.
+  S->Write(AnsiString("\xE9"));
+  S->Write(UnicodeString(u"\u20AC"));
+  S->WriteChar(AnsiChar('\xE8'));
+  S->WriteChar(WideChar(u'\u00E0'));
+  EXPECT_EQ(Content(S), "\xC3\xA9\xE2\x82\xAC\xC3\xA8\xC3\xA0");
+
+  // A code-page-0 stream stores 8-bit text as it is.
+  TOwned Raw(TKxStringStream::Create(uint16_t(0), uint32_t(16)));
+  Raw->Write(AnsiString("\xE9\x81"));
+  Raw->Write(UnicodeString(u"\u00E9"));
+  EXPECT_EQ(Content(Raw), "\xE9\x81\xE9");
+
+  TOwned Utf16(TKxStringStream::Create(uint16_t(1200), uint32_t(16)));
+  Utf16->Write(AnsiString("\x80"));
+  Utf16->WriteChar(WideChar(u'x'));
+  EXPECT_EQ(Content(Utf16), AnsiString("\xAC\x20x\0", 4));
+}
+
+TEST(StringStream, WritesGoToThePositionAndAddsToTheEnd) {
+  TOwned S(TKxStringStream::Create("abcdef", uint16_t(1252)));
+  S->SetPosition(2);
+  S->Write(UnicodeString(u"XY"));
+  EXPECT_EQ(Content(S), "abXYef");
+  EXPECT_EQ(S->Position(), 4);
+  S->SetPosition(1);
+  S->Add(UnicodeString(u"!"));
+  EXPECT_EQ(Content(S), "abXYef!");
+  EXPECT_EQ(S->Position(), 7);
+  S->SetPosition(0);
+  S->AddChar(WideChar(u'?'));
+  S->AddChar(AnsiChar('.'));
+  EXPECT_EQ(Content(S), "abXYef!?.");
+  S->WriteEOF();
+  EXPECT_EQ(Content(S), AnsiString("abXYef!?.\0", 10));
+
+  TOwned W(TKxStringStream::Create(UnicodeString(u"a")));
+  W->WriteEOF();
+  EXPECT_EQ(W->Size(), 4);
+}
+
+TEST(StringStream, AddingTextOfAnotherCodePage) {
+  TOwned S(TKxStringStream::Create("a", uint16_t(1252)));
+  // The same code page: the bytes as they are, even when they are not text of it.
+  S->Add(AnsiString("\x81\x8D"), 1252);
+  S->Add(AnsiString("\xC3\xA9"), 65001);
+  S->Add(AnsiString("\xE4\x00", 2), 1200);
+  EXPECT_EQ(Content(S), "a\x81\x8D\xE9\xE4");
+
+  TOwned Other(TKxStringStream::Create("\xC3\xBC"));
+  S->Add(Other);
+  EXPECT_EQ(Content(S), "a\x81\x8D\xE9\xE4\xFC");
+
+  TSystemCodePage System(1251);
+  TOwned Raw(TKxStringStream::Create(AnsiString("\xE9"), uint16_t(0)));
+  S->Add(Raw);
+  // Code page 0 content is system-code-page text: Cyrillic short i, which 1252 lacks.
+  EXPECT_EQ(Content(S), "a\x81\x8D\xE9\xE4\xFC?");
+}
+
+TEST(StringStream, AssignTakesCodePageAndContent) {
+  TOwned Source(TKxStringStream::Create(UnicodeString(u"\u00E9t\u00E9")));
+  TOwned Dest(TKxStringStream::Create("old", uint16_t(1252)));
+  Dest->Assign(Source);
+  EXPECT_EQ(Dest->CodePage(), 1200);
+  EXPECT_EQ(Dest->MaxCharSize(), 2);
+  EXPECT_EQ(Dest->GetWString(), u"\u00E9t\u00E9");
+}
+
+TEST(StringStream, ContentAsTextWhereverThePositionIs) {
+  TSystemCodePage System(1252);
+  TOwned S(TKxStringStream::Create("\xC3\xA9\xE2\x82\xAC"));
+  S->SetPosition(3);
+  EXPECT_EQ(S->GetWString(), u"\u00E9\u20AC");
+  EXPECT_EQ(S->GetAsString(), u"\u00E9\u20AC");
+  EXPECT_EQ(S->GetAString(), "\xE9\x80");
+  EXPECT_EQ(S->GetAsUTF8(), "\xC3\xA9\xE2\x82\xAC");
+  EXPECT_EQ(S->StringData(437), "\x82?");
+  EXPECT_EQ(S->GetDataString(), "\xE9\x80");
+  EXPECT_EQ(S->Position(), 3);
+}
+
+TEST(StringStream, SettingContentEmptiesWritesAndRewinds) {
+  TSystemCodePage System(1252);
+  TOwned S(TKxStringStream::Create("something long", uint16_t(1252)));
+  S->SetAString("\xE9");
+  EXPECT_EQ(Content(S), "\xE9");
+  EXPECT_EQ(S->Position(), 0);
+  S->SetWString(u"\u20AC\u20AC");
+  EXPECT_EQ(Content(S), "\x80\x80");
+  S->SetAsUTF8("\xC3\xBC");
+  EXPECT_EQ(Content(S), "\xFC");
+  EXPECT_EQ(S->Position(), 0);
+
+  // A UTF-8 stream keeps UTF-8 bytes as they are, even broken ones.
+  TOwned U(TKxStringStream::Create("x"));
+  U->SetAsUTF8("\xC3");
+  EXPECT_EQ(Content(U), "\xC3");
+}
+
+TEST(StringStream, ReadingCharactersAndStrings) {
+  TSystemCodePage System(1252);
+  TOwned Utf8(TKxStringStream::Create("a\xC3\xA9\xE2\x82\xAC"
+                                      "b"));
+  EXPECT_EQ(Utf8->ReadWChar(), u'a');
+  EXPECT_EQ(Utf8->Position(), 1);
+  EXPECT_EQ(Utf8->ReadChar(), u'\u00E9');
+  EXPECT_EQ(Utf8->Position(), 3);
+  EXPECT_EQ(Utf8->ReadAChar(), '\x80');
+  EXPECT_EQ(Utf8->Position(), 6);
+  EXPECT_EQ(Utf8->ReadWString(5), u"b");
+  // At the end: nothing, and no move.
+  EXPECT_EQ(Utf8->ReadWChar(), 0);
+  EXPECT_EQ(Utf8->ReadAChar(), 0);
+  EXPECT_EQ(Utf8->ReadWString(3), u"");
+  EXPECT_EQ(Utf8->Position(), 7);
+
+  Utf8->SetPosition(0);
+  EXPECT_EQ(Utf8->ReadString(2), u"a\u00E9");
+  EXPECT_EQ(Utf8->Position(), 3);
+  EXPECT_EQ(Utf8->ReadAString(2), "\x80"
+                                  "b");
+
+  TOwned Wide(TKxStringStream::Create(UnicodeString(u"x\u00E9yz")));
+  EXPECT_EQ(Wide->ReadWChar(), u'x');
+  EXPECT_EQ(Wide->ReadAChar(), '\xE9');
+  EXPECT_EQ(Wide->ReadWString(1), u"y");
+  EXPECT_EQ(Wide->ReadAString(9), "z");
+  EXPECT_EQ(Wide->Position(), 8);
+
+  TOwned Raw(TKxStringStream::Create(AnsiString("\xE9xyz"), uint16_t(0)));
+  EXPECT_EQ(Raw->ReadAChar(), '\xE9');
+  EXPECT_EQ(Raw->ReadAString(2), "xy");
+  EXPECT_EQ(Raw->ReadWChar(), u'z');
+  EXPECT_EQ(Raw->Position(), 4);
+
+  TOwned Sjis(TKxStringStream::Create(AnsiString("\x82\xA0"
+                                                 "a\x82\xA2"),
+                                      uint16_t(932)));
+  EXPECT_EQ(Sjis->ReadWString(2), u"\u3042a");
+  EXPECT_EQ(Sjis->Position(), 3);
+  EXPECT_EQ(Sjis->ReadWChar(), u'\u3044');
+  EXPECT_EQ(Sjis->Position(), 5);
+}
+
+TEST(StringStream, ChangingTheCodePage) {
+  TOwned S(TKxStringStream::Create(AnsiString("\xE9t\xE9"), uint16_t(1252)));
+  ExpectMessage([&] { S->ChangeCodePage(1200, false); },
+                "The current codepage cannot be changed without updating the content!");
+  S->ChangeCodePage(1200, true);
+  EXPECT_EQ(S->CodePage(), 1200);
+  EXPECT_EQ(S->Size(), 6);
+  EXPECT_EQ(S->GetWString(), u"\u00E9t\u00E9");
+  ExpectMessage([&] { S->ChangeCodePage(65001, false); },
+                "The current codepage cannot be changed without updating the content!");
+  S->ChangeCodePage(65001, true);
+  EXPECT_EQ(Content(S), "\xC3\xA9t\xC3\xA9");
+  EXPECT_EQ(S->MaxCharSize(), 4);
+
+  // Between 8-bit code pages without updating, the bytes are read anew.
+  TOwned Cyr(TKxStringStream::Create(AnsiString("\xE9"), uint16_t(1252)));
+  Cyr->ChangeCodePage(1251, false);
+  EXPECT_EQ(Content(Cyr), "\xE9");
+  EXPECT_EQ(Cyr->GetWString(), u"\u0439");
+  Cyr->ChangeCodePage(1251, true);
+  EXPECT_EQ(Content(Cyr), "\xE9");
+
+  // An empty stream changes freely.
+  TOwned Empty(TKxStringStream::Create(uint16_t(1252), uint32_t(16)));
+  Empty->ChangeCodePage(1200, false);
+  EXPECT_EQ(Empty->CodePage(), 1200);
+}
+
+TEST(StringStream, AStreamOverForeignMemoryIsNotResized) {
+  char Buffer[] = {'\xE9', 't', '\xE9'};
+  TOwned S(TKxStringStream::Create(static_cast<void*>(Buffer), uint32_t(3), uint16_t(1252)));
+  EXPECT_EQ(S->GetWString(), u"\u00E9t\u00E9");
+  S->Write(UnicodeString(u"E"));
+  EXPECT_EQ(Buffer[0], 'E');
+  ExpectMessage([&] { S->ChangeCodePage(1200, true); },
+                "Updating the content is not allowed (the stream is probably using a wrapped "
+                "buffer)!");
+  ExpectMessage([&] { S->SetWString(u"x"); }, "It is not possible to resize the buffer!");
+  S->ChangeCodePage(1251, false);
+  EXPECT_EQ(S->GetWString(), u"Et\u0439");
+}
+
+TEST(StringStream, SavingWithAndWithoutMarks) {
+  struct TCase {
+    uint16_t CodePage;
+    AnsiString Expected;
+  } Cases[] = {
+      {65001, "\xEF\xBB\xBF\xC3\xA9!"},
+      {1200, AnsiString("\xFF\xFE\xE9\0!\0", 6)},
+      {1252, "\xE9!"},
+      {437, "\x82!"},
+  };
+  TOwned S(TKxStringStream::Create(UnicodeString(u"\u00E9!")));
+  for (const TCase& C : Cases) {
+    TOwned Out(TKxStringStream::Create(uint16_t(0), uint32_t(16)));
+    S->SaveToStream(Out, C.CodePage, true);
+    EXPECT_EQ(Content(Out), C.Expected) << C.CodePage;
+  }
+  TOwned Out(TKxStringStream::Create(uint16_t(0), uint32_t(16)));
+  S->SaveToStream(Out, 65001, false);
+  EXPECT_EQ(Content(Out), "\xC3\xA9!");
+  // The platform does not convert to UTF-16BE: only its mark gets written.
+  TOwned Be(TKxStringStream::Create(uint16_t(0), uint32_t(16)));
+  EXPECT_THROW(S->SaveToStream(Be, 1201, true), EOSError);
+  EXPECT_EQ(Content(Be), "\xFE\xFF");
+}
+
+TEST(StringStream, FilesRoundTripThroughTheirMarks) {
+  const auto Path = TempFile("kx-stringstream-test.txt");
+  {
+    TOwned S(TKxStringStream::Create(UnicodeString(u"\u00E9t\u00E9 \u20AC")));
+    S->ChangeCodePage(65001, true);
+    S->SaveToFile(Path.string());
+  }
+  EXPECT_EQ(ReadFile(Path), "\xEF\xBB\xBF\xC3\xA9t\xC3\xA9 \xE2\x82\xAC");
+  {
+    // Appended, converted from the mark's code page.
+    TOwned S(TKxStringStream::Create("x", uint16_t(1252)));
+    S->LoadFromFile(Path.string());
+    EXPECT_EQ(Content(S), "x\xE9t\xE9 \x80");
+    ExpectMessage([&] { S->LoadFromFile(Path.string(), 1252); },
+                  "The specified encoding does not match the BOM of the stream!");
+    // The same code page as the stream's: copied as it is.
+    TOwned U(TKxStringStream::Create(uint16_t(65001), uint32_t(16)));
+    U->LoadFromFile(Path.string(), 65001);
+    EXPECT_EQ(Content(U), "\xC3\xA9t\xC3\xA9 \xE2\x82\xAC");
+  }
+  {
+    TOwned S(TKxStringStream::Create(UnicodeString(u"\u00E9")));
+    S->SaveToFile(Path.string(), 1252, true);
+    EXPECT_EQ(ReadFile(Path), "\xE9");
+    S->SaveToFile(Path.string(), 1200, false);
+    EXPECT_EQ(ReadFile(Path), AnsiString("\xE9\0", 2));
+  }
+  std::filesystem::remove(Path);
+  const AnsiString Missing = TempFile("kx-no-such-file.txt").string();
+  TOwned S(TKxStringStream::Create(uint16_t(1252), uint32_t(16)));
+  try {
+    S->LoadFromFile(Missing);
+    FAIL() << "no exception";
+  } catch (const EFOpenError& E) {
+    EXPECT_EQ(E.Message(), "File " + Missing + " not found.");
+  }
+}
+
+TEST(StringStream, LoadingFromStreams) {
+  TOwned Source(TKxStringStream::Create(AnsiString("\xFF\xFE\xE9\0", 4), uint16_t(0)));
+  TOwned S(TKxStringStream::Create(uint16_t(1252), uint32_t(16)));
+  S->LoadFromStream(Source);
+  EXPECT_EQ(Content(S), "\xE9");
+  EXPECT_EQ(Source->Position(), 4);
+  // Without looking for the mark, and in the stream's own code page: copied as they are.
+  Source->SetPosition(0);
+  TOwned Wide(TKxStringStream::Create(uint16_t(1200), uint32_t(16)));
+  Wide->LoadFromStream(Source, false, 1200);
+  EXPECT_EQ(Content(Wide), AnsiString("\xFF\xFE\xE9\0", 4));
+  if (!KxAssertionsEnabled) GTEST_SKIP() << "assertions compiled out";
+  EXPECT_THROW(S->LoadFromStream(nullptr), EAssertionFailed);
+}
+
+TEST(FileStream, WriteStringWritesTheRawBytes) {
+  const auto Path = TempFile("kx-filestream-test.bin");
+  {
+    TKxFileStream* F = TKxFileStream::Create(AnsiString(Path.string()), fmCreate);
+    F->WriteString(AnsiString("ab\xE9"));
+    F->WriteString(AnsiString());
+    F->WriteString(UnicodeString(u"\u20AC"));
+    F->WriteString(UnicodeString());
+    F->Free();
+  }
+  EXPECT_EQ(ReadFile(Path), "ab\xE9\xAC\x20");
+  std::filesystem::remove(Path);
+}
