@@ -651,17 +651,13 @@ int32_t SingleByteToWide(const TSingleByteTable& T, const uint8_t* S, size_t N, 
   if (!Dst) return int32_t(N);
   if (N > Cap) return Fail(ERROR_INSUFFICIENT_BUFFER_);
   size_t I = 0;
-  while (I < N) {
-    if (T.AsciiSame && S[I] < 0x80 && N - I >= 16) {
-      int32_t Run = AsciiRun(S + I, int32_t(N - I), Dst + I);
-      if (Run > 0) {
-        I += size_t(Run);
-        continue;
-      }
-    }
-    Dst[I] = T.ToWide[S[I]];
-    ++I;
+  // Sixteen bytes at a time: widened when all are ASCII, else looked up one by one.
+  while (N - I >= 16) {
+    if (!T.AsciiSame || AsciiRun(S + I, 16, Dst + I) != 16)
+      for (size_t K = 0; K < 16; ++K) Dst[I + K] = T.ToWide[S[I + K]];
+    I += 16;
   }
+  for (; I < N; ++I) Dst[I] = T.ToWide[S[I]];
   return int32_t(N);
 }
 
