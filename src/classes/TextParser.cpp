@@ -10,9 +10,7 @@
 #include <cstring>
 #include <iterator>
 
-#if defined(__x86_64__) || defined(__i386__)
-#include <immintrin.h>
-#endif
+#include "rtl/CpuFeatures.h"
 
 namespace kx {
 
@@ -90,7 +88,7 @@ const uint8_t* ScanCountImpl(const uint8_t* P, const uint8_t* End, uint8_t C, si
   return P;
 }
 
-#if defined(__x86_64__) || defined(__i386__)
+#if defined(KX_X86_VECTORS)
 // The same with AVX2 where the processor has it: 128 bytes a round, one test for C over all
 // four vectors, and the line-feed lanes summed with SAD.
 __attribute__((target("avx2"))) const uint8_t* ScanCountAVX2(const uint8_t* P, const uint8_t* End,
@@ -127,18 +125,11 @@ __attribute__((target("avx2"))) const uint8_t* ScanCountAVX2(const uint8_t* P, c
   return P;
 }
 
-bool HasAVX2() {
-  static const bool Result = [] {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2") != 0;
-  }();
-  return Result;
-}
 #endif
 
 const uint8_t* ScanCount(const uint8_t* P, const uint8_t* End, uint8_t C, size_t& Lines) {
-#if defined(__x86_64__) || defined(__i386__)
-  if (HasAVX2()) return ScanCountAVX2(P, End, C, Lines);
+#if defined(KX_X86_VECTORS)
+  if (detail::CpuHasAvx2()) return ScanCountAVX2(P, End, C, Lines);
 #endif
   return ScanCountImpl<16>(P, End, C, Lines);
 }

@@ -4,10 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#if defined(__x86_64__) || defined(__i386__)
-#define KX_BASE64_SSSE3 1
-#include <immintrin.h>
-#endif
+#include "rtl/CpuFeatures.h"
 
 namespace kx {
 
@@ -39,15 +36,7 @@ inline uint32_t LoadWord(const void* P) {
   return V;
 }
 
-#if defined(KX_BASE64_SSSE3)
-
-bool HaveSsse3() {
-  static const bool Have = [] {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("ssse3") != 0;
-  }();
-  return Have;
-}
+#if defined(KX_X86_VECTORS)
 
 // 12 bytes to 16 characters per step while 16 bytes are left to load. The six-bit values are
 // cut out with two multiplies and turned into characters by adding an offset chosen per value
@@ -146,10 +135,10 @@ TKxBase64Encoding::TKxBase64Encoding(const char* Alphabet, AnsiChar Pad) : FPad(
   FDecodeTable['+'] = FDecodeTable['-'] = 62;
   FDecodeTable['/'] = FDecodeTable['_'] = 63;
 
-#if defined(KX_BASE64_SSSE3)
+#if defined(KX_X86_VECTORS)
   // The vector encoder knows the values up to 61 by their standard characters.
-  FVectorEncode = HaveSsse3() && std::memcmp(FEncodeTable, StandardAlphabet, 62) == 0;
-  FVectorDecode = HaveSsse3();
+  FVectorEncode = detail::CpuHasSsse3() && std::memcmp(FEncodeTable, StandardAlphabet, 62) == 0;
+  FVectorDecode = detail::CpuHasSsse3();
 #endif
 
   for (int I = 0; I < 4096; ++I) {
@@ -181,7 +170,7 @@ int32_t TKxBase64Encoding::EncodeBuffer(const uint8_t* Input, int32_t Size, uint
   const uint8_t* const End = Input + Size;
   uint8_t* D = Output;
   const uint16_t* const Pairs = FEncodePairs;
-#if defined(KX_BASE64_SSSE3)
+#if defined(KX_X86_VECTORS)
   if (FVectorEncode) EncodeBlocksSsse3(S, End, D, FEncodeTable[62], FEncodeTable[63]);
 #endif
 
@@ -262,7 +251,7 @@ int32_t TKxBase64Encoding::DecodeBuffer(const uint8_t* Input, int32_t Size, uint
   // margin keeps the last word inside the capacity reserved for the input's length.
   while (End - S >= 24) {
     if (Pending == 0) {
-#if defined(KX_BASE64_SSSE3)
+#if defined(KX_X86_VECTORS)
       if (FVectorDecode && End - S >= 32) {
         DecodeBlocksSsse3(S, End, D);
         if (End - S < 24) break;

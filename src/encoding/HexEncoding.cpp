@@ -8,10 +8,7 @@
 #include <cstring>
 #include <memory>
 
-#if defined(__x86_64__) || defined(__i386__)
-#define KX_HEX_SSSE3 1
-#include <immintrin.h>
-#endif
+#include "rtl/CpuFeatures.h"
 
 namespace kx {
 
@@ -54,15 +51,7 @@ constexpr std::array<uint8_t, 256> DecodeLow = MakeDecodeTable(0);
 // Output of a stream decode is written in blocks of this size.
 constexpr int32_t DecodeBlockSize = 64 * 1024;
 
-#if defined(KX_HEX_SSSE3)
-
-bool HaveSsse3() {
-  static const bool Have = [] {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("ssse3") != 0;
-  }();
-  return Have;
-}
+#if defined(KX_X86_VECTORS)
 
 // 16 bytes to 32 digits per step: each nibble picks its digit from a 16-byte table.
 __attribute__((target("ssse3"))) void EncodeBlocksSsse3(const uint8_t*& Src, const uint8_t* End,
@@ -125,8 +114,8 @@ int32_t TKxHexEncoding::EncodeBuffer(const uint8_t* Input, int32_t Size, uint8_t
   const uint8_t* S = Input;
   const uint8_t* const End = Input + Size;
   uint8_t* D = Output;
-#if defined(KX_HEX_SSSE3)
-  if (HaveSsse3()) EncodeBlocksSsse3(S, End, D);
+#if defined(KX_X86_VECTORS)
+  if (detail::CpuHasSsse3()) EncodeBlocksSsse3(S, End, D);
 #endif
   while (End - S >= 8) {
     const uint64_t W0 = uint64_t(EncodeTable[S[0]]) | (uint64_t(EncodeTable[S[1]]) << 16) |
@@ -151,8 +140,8 @@ int32_t TKxHexEncoding::DecodeBuffer(const uint8_t* Input, int32_t Size, uint8_t
   const uint8_t* S = Input;
   uint8_t* D = Output;
   uint8_t* const End = Output + Count;
-#if defined(KX_HEX_SSSE3)
-  if (HaveSsse3()) DecodeBlocksSsse3(S, D, End);
+#if defined(KX_X86_VECTORS)
+  if (detail::CpuHasSsse3()) DecodeBlocksSsse3(S, D, End);
 #endif
   while (End - D >= 8) {
     const uint64_t W = uint64_t(DecodeHigh[S[0]] | DecodeLow[S[1]]) |
