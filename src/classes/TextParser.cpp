@@ -788,6 +788,16 @@ TKxTextParser::TCursor TKxTextParser::SaveCursor() {
   return Saved;
 }
 
+template <class F>
+auto TKxTextParser::Peeking(F&& Body) {
+  struct TRestore {
+    TKxTextParser* Parser;
+    TCursor Saved;
+    ~TRestore() { Parser->RestoreCursor(Saved); }
+  } Guard{this, SaveCursor()};
+  return Body();
+}
+
 void TKxTextParser::RestoreCursor(const TCursor& Saved) {
   FCurPos = FPeekPos;
   FPrevPos = FHoldPos;
@@ -811,38 +821,27 @@ void TKxTextParser::PeekMove() {
 }
 
 const AnsiChar* TKxTextParser::PeekCharA() {
-  TCursor Saved = SaveCursor();
-  const AnsiChar* Result;
-  try {
+  return Peeking([&] {
+    const AnsiChar* Result;
     PeekMove();
     Result = CurrCharA();
-  } catch (...) {
-    RestoreCursor(Saved);
-    throw;
-  }
-  RestoreCursor(Saved);
-  return Result;
+    return Result;
+  });
 }
 
 const WideChar* TKxTextParser::PeekCharW() {
-  TCursor Saved = SaveCursor();
-  const WideChar* Result;
-  try {
+  return Peeking([&] {
+    const WideChar* Result;
     PeekMove();
     Result = CurrCharW();
-  } catch (...) {
-    RestoreCursor(Saved);
-    throw;
-  }
-  RestoreCursor(Saved);
-  return Result;
+    return Result;
+  });
 }
 
 AnsiString TKxTextParser::PeekStringA(int32_t Count) {
   if (Count <= 0 || FEOF) return {};
-  TCursor Saved = SaveCursor();
-  AnsiString Result;
-  try {
+  return Peeking([&] {
+    AnsiString Result;
     for (int32_t I = 0; I < Count && !FEOF; ++I) FOps.Next(this);
     const uint8_t* From = FPeekPos;
     const size_t Bytes = size_t(FCurPos - From);
@@ -857,19 +856,14 @@ AnsiString TKxTextParser::PeekStringA(int32_t Count) {
       Result.assign(reinterpret_cast<const char*>(From), Bytes);
       break;
     }
-  } catch (...) {
-    RestoreCursor(Saved);
-    throw;
-  }
-  RestoreCursor(Saved);
-  return Result;
+    return Result;
+  });
 }
 
 UnicodeString TKxTextParser::PeekStringW(int32_t Count) {
   if (Count <= 0 || FEOF) return {};
-  TCursor Saved = SaveCursor();
-  UnicodeString Result;
-  try {
+  return Peeking([&] {
+    UnicodeString Result;
     for (int32_t I = 0; I < Count && !FEOF; ++I) FOps.Next(this);
     const uint8_t* From = FPeekPos;
     const size_t Bytes = size_t(FCurPos - From);
@@ -884,12 +878,8 @@ UnicodeString TKxTextParser::PeekStringW(int32_t Count) {
       Result = WidenText(From, Bytes, FCodePage);
       break;
     }
-  } catch (...) {
-    RestoreCursor(Saved);
-    throw;
-  }
-  RestoreCursor(Saved);
-  return Result;
+    return Result;
+  });
 }
 
 // --- positions, marks, selections -------------------------------------------------------
@@ -934,18 +924,13 @@ int64_t TKxTextParser::SelectedCnt(TKxTextParserPosType FromPos, TKxTextParserPo
 
   // Up to and including the current character: move over it and measure from where the
   // start position is now (a reload may have moved it).
-  TCursor Saved = SaveCursor();
-  int64_t Result;
-  try {
+  return Peeking([&] {
+    int64_t Result;
     if (!FEOF) FOps.Next(this);
     From = FromPos == tpCurPos ? FPeekPos : FromPos == tpPrevPos ? FHoldPos : GetPos(FromPos);
     Result = std::max<int64_t>(FCurPos - From, 0);
-  } catch (...) {
-    RestoreCursor(Saved);
-    throw;
-  }
-  RestoreCursor(Saved);
-  return Result;
+    return Result;
+  });
 }
 
 namespace {

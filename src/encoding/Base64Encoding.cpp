@@ -245,6 +245,20 @@ int32_t TKxBase64Encoding::DecodeBuffer(const uint8_t* Input, int32_t Size, uint
   const uint32_t* const T3 = FDecodeGroup[3];
   uint32_t Acc = 0;
   int Pending = 0;
+  // One character the exact way: skipped when outside the alphabet.
+  const auto DecodeOne = [&](uint8_t C) {
+    const int32_t V = FDecodeTable[C];
+    if (V == InvalidChar) return;
+    Acc = (Acc << 6) | uint32_t(V);
+    if (++Pending == 4) {
+      D[0] = uint8_t(Acc >> 16);
+      D[1] = uint8_t(Acc >> 8);
+      D[2] = uint8_t(Acc);
+      D += 3;
+      Acc = 0;
+      Pending = 0;
+    }
+  };
 
   // Whole groups go 16 characters at a time while no partial group is pending. Each group
   // stores a 4-byte word of which the 4th byte is rewritten by the next group; the 24-byte
@@ -277,32 +291,9 @@ int32_t TKxBase64Encoding::DecodeBuffer(const uint8_t* Input, int32_t Size, uint
         continue;
       }
     }
-    // One character the exact way: skip it when outside the alphabet.
-    const int32_t V = FDecodeTable[*S++];
-    if (V == InvalidChar) continue;
-    Acc = (Acc << 6) | uint32_t(V);
-    if (++Pending == 4) {
-      D[0] = uint8_t(Acc >> 16);
-      D[1] = uint8_t(Acc >> 8);
-      D[2] = uint8_t(Acc);
-      D += 3;
-      Acc = 0;
-      Pending = 0;
-    }
+    DecodeOne(*S++);
   }
-  while (S < End) {
-    const int32_t V = FDecodeTable[*S++];
-    if (V == InvalidChar) continue;
-    Acc = (Acc << 6) | uint32_t(V);
-    if (++Pending == 4) {
-      D[0] = uint8_t(Acc >> 16);
-      D[1] = uint8_t(Acc >> 8);
-      D[2] = uint8_t(Acc);
-      D += 3;
-      Acc = 0;
-      Pending = 0;
-    }
-  }
+  while (S < End) DecodeOne(*S++);
   // 3 pending values make 2 bytes, 2 make 1, a single one is dropped.
   if (Pending == 3) {
     Acc <<= 6;

@@ -220,6 +220,9 @@ private:
   // Saves the cursor with its positions protected from a reload, and puts it back.
   TCursor SaveCursor();
   void RestoreCursor(const TCursor& Saved);
+  // Runs Body, then puts the cursor back as it was, also when Body throws.
+  template <class F>
+  auto Peeking(F&& Body);
   // The character at P (which must lie before BufferEnd), converted as the reads do.
   const AnsiChar* CharAAt(const uint8_t* P);
   const WideChar* CharWAt(const uint8_t* P);
