@@ -25,8 +25,8 @@ Stream StreamOf(const TBytes& Bytes) {
   return S;
 }
 
-TBytes RandomBytes(size_t Size, unsigned Seed) {
-  std::mt19937 Gen(Seed);
+TBytes RandomBytes(size_t Size, unsigned Start) {
+  std::mt19937 Gen(Start);
   TBytes B(Size);
   for (auto& X : B) X = uint8_t(Gen());
   return B;
