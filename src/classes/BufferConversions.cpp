@@ -12,7 +12,6 @@
 namespace kx {
 
 namespace {
-constexpr const char* SAssertionFailed = "Assertion failed";
 constexpr const char* SOutOfMemory = "Out of memory";
 constexpr int32_t HexToStreamAssertLine = 1391;
 

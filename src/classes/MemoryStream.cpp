@@ -13,7 +13,6 @@ KX_IMPLEMENT_CLASS(TKxMemoryStream, TStream, "uKxClasses")
 
 namespace {
 constexpr int32_t ReadBytesAssertLine = 1187;
-constexpr const char* SAssertionFailed = "Assertion failed";
 
 // Capacities are 32-bit; anything larger cannot be held.
 constexpr uint64_t MaxCapacity = std::numeric_limits<uint32_t>::max();

@@ -9,7 +9,6 @@ KX_IMPLEMENT_CLASS(TKxObjectEx, TKxObject, "uKxClasses")
 namespace {
 // The line the unit's assertion for a partner without the notification interface reports.
 constexpr int32_t PartnerAssertLine = 2437;
-constexpr const char* SAssertionFailed = "Assertion failed";
 } // namespace
 
 TKxObjectEx::~TKxObjectEx() {

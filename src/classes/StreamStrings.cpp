@@ -16,7 +16,6 @@ namespace kx {
 
 namespace {
 
-constexpr const char* SAssertionFailed = "Assertion failed";
 constexpr const char* SNoUnicodeData = "The sourcestream does not contain unicode data!";
 constexpr int32_t StreamToAnsiStringAssertLine = 1574;
 constexpr int32_t StreamToWideStringAssertLine = 1631;

@@ -18,7 +18,6 @@ KX_IMPLEMENT_CLASS(TKxStringStream, TKxMemoryStream, "uKxClasses")
 
 namespace {
 
-constexpr const char* SAssertionFailed = "Assertion failed";
 constexpr const char* SCodePageNeedsUpdate =
     "The current codepage cannot be changed without updating the content!";
 constexpr const char* SUpdateNotAllowed =

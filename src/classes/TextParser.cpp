@@ -19,7 +19,6 @@ KX_IMPLEMENT_EXCEPTION(EKxTextParserEOF, Exception, "uKxClasses")
 
 namespace {
 
-constexpr const char* SAssertionFailed = "Assertion failed";
 constexpr int32_t EmptyStreamAssertLine = 5123;
 constexpr int32_t EmptyBufferAssertLine = 5151;
 constexpr int32_t LoadChunkAssertLine = 5262;

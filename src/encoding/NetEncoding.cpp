@@ -10,7 +10,6 @@ KX_IMPLEMENT_CLASS(TNetEncodingEx, TNetEncoding, "uKxNetEncoding")
 
 namespace {
 
-constexpr const char* SAssertionFailed = "Assertion failed";
 // The line the unit's capacity assertion reports.
 constexpr int32_t CapacityAssertLine = 412;
 

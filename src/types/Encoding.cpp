@@ -11,7 +11,6 @@ namespace kx {
 
 namespace {
 
-constexpr const char* SAssertionFailed = "Assertion failed";
 constexpr int32_t ConvertBAssertLine = 2842;
 constexpr int32_t GetCodePageAssertLine = 4001;
 

@@ -124,6 +124,8 @@ private:
 inline constexpr const char* SOSError = "System Error.  Code: %d.\r\n%s";
 inline constexpr const char* SUnkOSError = "A call to an OS function failed";
 inline constexpr const char* SAssertError = "%s (%s, line %d)";
+// The message of an assertion that states only its condition.
+inline constexpr const char* SAssertionFailed = "Assertion failed";
 
 // The platform's text for an OS error code.
 KX_API AnsiString SysErrorMessage(uint32_t ErrorCode);
