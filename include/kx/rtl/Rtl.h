@@ -17,3 +17,4 @@
 #include <kx/rtl/SyncObjs.h>
 #include <kx/rtl/SysUtils.h>
 #include <kx/rtl/System.h>
+#include <kx/rtl/Variants.h>
