@@ -17,4 +17,5 @@
 #include <kx/rtl/SyncObjs.h>
 #include <kx/rtl/SysUtils.h>
 #include <kx/rtl/System.h>
+#include <kx/rtl/TypInfo.h>
 #include <kx/rtl/Variants.h>
