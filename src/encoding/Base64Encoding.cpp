@@ -30,12 +30,6 @@ inline uint64_t LoadBigEndian64(const uint8_t* P) {
   return __builtin_bswap64(V);
 }
 
-inline uint32_t LoadWord(const void* P) {
-  uint32_t V;
-  std::memcpy(&V, P, 4);
-  return V;
-}
-
 #if defined(KX_X86_VECTORS)
 
 // 12 bytes to 16 characters per step while 16 bytes are left to load. The six-bit values are
@@ -132,8 +126,8 @@ TKxBase64Encoding::TKxBase64Encoding(const char* Alphabet, AnsiChar Pad) : FPad(
     FDecodeTable['a' + I] = 26 + I;
   }
   for (int I = 0; I < 10; ++I) FDecodeTable['0' + I] = 52 + I;
-  FDecodeTable['+'] = FDecodeTable['-'] = 62;
-  FDecodeTable['/'] = FDecodeTable['_'] = 63;
+  FDecodeTable[uint8_t('+')] = FDecodeTable[uint8_t('-')] = 62;
+  FDecodeTable[uint8_t('/')] = FDecodeTable[uint8_t('_')] = 63;
 
 #if defined(KX_X86_VECTORS)
   // The vector encoder knows the values up to 61 by their standard characters.

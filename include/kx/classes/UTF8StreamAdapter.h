@@ -32,7 +32,8 @@ public:
 private:
   TStream* FStream;
   bool FOwnsStream;
-  uint8_t FReserved[3] = {};
+  // Kept for the layout callers rely on; nothing reads it.
+  [[maybe_unused]] uint8_t FReserved[3] = {};
   bool FWriteBOM;
 };
 
