@@ -1,11 +1,15 @@
 // Semaphores, events and the reader/writer lock on POSIX.
 #include "platform/Platform.h"
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <new>
 #include <pthread.h>
+#include <sched.h>
 #include <semaphore.h>
 
 namespace kx::platform {
@@ -174,31 +178,96 @@ void CloseHandle(Handle Object) {
 
 // --- reader/writer lock --------------------------------------------------------------
 
-static_assert(sizeof(pthread_rwlock_t) <= RWLockWordSize);
-
 namespace {
-pthread_rwlock_t* RW(void* Lock) {
-  return static_cast<pthread_rwlock_t*>(Lock);
+
+// The lock word: glibc's reader/writer lock, and the writer with its depth, which the lock
+// needs to let its writer read and write again without letting go, as the synchronizer does.
+// Only the writer changes Depth, and only while it holds the lock.
+struct TRWLock {
+  pthread_rwlock_t Lock;
+  std::atomic<TThreadID> Writer;
+  int32_t Depth;
+};
+static_assert(sizeof(TRWLock) <= RWLockWordSize);
+static_assert(std::atomic<TThreadID>::is_always_lock_free);
+
+TRWLock* RW(void* Lock) {
+  return static_cast<TRWLock*>(Lock);
 }
-// A zeroed word is PTHREAD_RWLOCK_INITIALIZER in glibc, as a zeroed SRW lock is free.
+
+// glibc answers nothing else for a valid lock word, so another answer means the word is
+// corrupt, and going on would hand the lock to two writers.
+[[noreturn]] void LockFailed(const char* Call, int Rc) {
+  std::fprintf(stderr, "kxcommon: %s failed with error %d on a reader/writer lock\n", Call, Rc);
+  std::abort();
+}
+
+// A zeroed word is PTHREAD_RWLOCK_INITIALIZER in glibc (readers first, so a nested read never
+// waits for a waiting writer), as a zeroed SRW lock is free.
 void AcquireExclusive(void* Lock) {
-  pthread_rwlock_wrlock(RW(Lock));
+  TRWLock* L = RW(Lock);
+  const int Rc = pthread_rwlock_wrlock(&L->Lock);
+  if (Rc == EDEADLK) { // the caller writes already
+    ++L->Depth;
+    return;
+  }
+  if (Rc != 0) LockFailed("pthread_rwlock_wrlock", Rc);
+  L->Writer.store(CurrentThreadId(), std::memory_order_relaxed);
+  L->Depth = 1;
 }
+
+// The try operations never nest: a held lock refuses them, whoever holds it.
 uint8_t TryAcquireExclusive(void* Lock) {
-  return pthread_rwlock_trywrlock(RW(Lock)) == 0;
+  TRWLock* L = RW(Lock);
+  const int Rc = pthread_rwlock_trywrlock(&L->Lock);
+  if (Rc == EBUSY) return 0;
+  if (Rc != 0) LockFailed("pthread_rwlock_trywrlock", Rc);
+  L->Writer.store(CurrentThreadId(), std::memory_order_relaxed);
+  L->Depth = 1;
+  return 1;
 }
+
+// Ends one level of the writer's writes and nested reads; from any other thread it does
+// nothing, as the synchronizer ignores an end that is not the writer's.
 void ReleaseExclusive(void* Lock) {
-  pthread_rwlock_unlock(RW(Lock));
+  TRWLock* L = RW(Lock);
+  if (L->Writer.load(std::memory_order_relaxed) != CurrentThreadId()) return;
+  if (--L->Depth > 0) return;
+  L->Writer.store(0, std::memory_order_relaxed);
+  const int Rc = pthread_rwlock_unlock(&L->Lock);
+  if (Rc != 0) LockFailed("pthread_rwlock_unlock", Rc);
 }
+
 void AcquireShared(void* Lock) {
-  pthread_rwlock_rdlock(RW(Lock));
+  TRWLock* L = RW(Lock);
+  for (;;) {
+    const int Rc = pthread_rwlock_rdlock(&L->Lock);
+    if (Rc == 0) return;
+    if (Rc == EDEADLK) { // the writer reads: one level more of its write
+      ++L->Depth;
+      return;
+    }
+    if (Rc != EAGAIN) LockFailed("pthread_rwlock_rdlock", Rc);
+    sched_yield(); // as many readers as glibc counts: wait for one to go
+  }
 }
+
 uint8_t TryAcquireShared(void* Lock) {
-  return pthread_rwlock_tryrdlock(RW(Lock)) == 0;
+  const int Rc = pthread_rwlock_tryrdlock(&RW(Lock)->Lock);
+  if (Rc == EBUSY || Rc == EAGAIN) return 0;
+  if (Rc != 0) LockFailed("pthread_rwlock_tryrdlock", Rc);
+  return 1;
 }
+
 void ReleaseShared(void* Lock) {
-  pthread_rwlock_unlock(RW(Lock));
+  TRWLock* L = RW(Lock);
+  // While a reader holds the lock no writer does, so a recorded writer is the caller, ending
+  // a read it began while writing.
+  if (L->Writer.load(std::memory_order_relaxed) != 0) return ReleaseExclusive(Lock);
+  const int Rc = pthread_rwlock_unlock(&L->Lock);
+  if (Rc != 0) LockFailed("pthread_rwlock_unlock", Rc);
 }
+
 } // namespace
 
 bool BindRWLockFunctions(TRWLockFunctions& Functions) {
@@ -208,7 +277,7 @@ bool BindRWLockFunctions(TRWLockFunctions& Functions) {
 }
 
 void DestroyRWLock(void* Lock) {
-  pthread_rwlock_destroy(RW(Lock));
+  pthread_rwlock_destroy(&RW(Lock)->Lock);
 }
 
 } // namespace kx::platform
