@@ -183,9 +183,8 @@ void ReadWriteLoop(benchmark::State& State, int WriteEvery, TLock& Lock, TBeginR
 
 void ContendedReadWriteKx(benchmark::State& State, int WriteEvery) {
   ReadWriteLoop(
-      State, WriteEvery, *Shared.RW, [](auto& L) { L.BeginRead(); },
-      [](auto& L) { L.EndRead(); }, [](auto& L) { L.BeginWrite(); },
-      [](auto& L) { L.EndWrite(); });
+      State, WriteEvery, *Shared.RW, [](auto& L) { L.BeginRead(); }, [](auto& L) { L.EndRead(); },
+      [](auto& L) { L.BeginWrite(); }, [](auto& L) { L.EndWrite(); });
 }
 
 void ContendedReadWriteStd(benchmark::State& State, int WriteEvery) {
