@@ -4,8 +4,9 @@ LINUX    := build/linux
 WIN64    := build/win64
 WIN32    := build/win32
 BENCH    := build/bench
+TSAN     := build/tsan
 
-.PHONY: all deps test test-linux test-windows build-win32 bench format format-check clean
+.PHONY: all deps test test-linux test-windows test-tsan build-win32 bench format format-check clean
 
 all: deps
 	cmake -S . -B build/release $(GEN) -DCMAKE_BUILD_TYPE=Release
@@ -14,7 +15,7 @@ all: deps
 deps:
 	@scripts/install-deps.sh
 
-test: test-linux test-windows
+test: test-linux test-windows test-tsan
 
 test-linux: deps
 	cmake -S . -B $(LINUX) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_SANITIZE=ON
@@ -28,6 +29,14 @@ test-windows: deps
 	cmake --build $(WIN64)
 	scripts/run-tests.sh $(WIN64) windows-x86_64 wine
 	$(MAKE) build-win32
+
+# The thread tests and the lock stress programs under ThreadSanitizer, built with clang.
+test-tsan: deps
+	CC=clang CXX=clang++ cmake -S . -B $(TSAN) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_TSAN=ON \
+	  -DKX_TEST_AREAS="threads;stress"
+	cmake --build $(TSAN)
+	TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+	  scripts/run-tests.sh $(TSAN) linux-x86_64-tsan
 
 build-win32: deps
 	cmake -S . -B $(WIN32) $(GEN) -DCMAKE_BUILD_TYPE=Debug \

@@ -2,7 +2,7 @@
 # Installs the Debian packages the build and the tests need, and only those missing.
 set -euo pipefail
 packages=(
-  cmake ninja-build g++ make pkg-config clang-format
+  cmake ninja-build g++ make pkg-config clang-format clang libclang-rt-dev
   zlib1g-dev libicu-dev libssl-dev libgtest-dev libbenchmark-dev
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev
   wine64 wine
