@@ -4,11 +4,10 @@
 
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Object.h>
+#include <kx/sysutils/SysUtilsConsts.h>
 
 namespace kx {
 
-inline constexpr const char* SSysUtilsUnit =
-    "source\\ComponentSets\\Components\\common\\uKxSysUtils";
 inline constexpr const char* SErrorCodeInUse = "ErrorCode %d is already in use by %s!;";
 
 // One registry entry; its own class name is what the by-name lookup compares with.
