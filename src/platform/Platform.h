@@ -133,4 +133,112 @@ int64_t FileSize(FileHandle File);
 bool FileSetEnd(FileHandle File);
 void FileClose(FileHandle File);
 
+// The file system. Names are 8-bit text in the process ANSI code page, native paths ('\\' on
+// Windows, '/' on POSIX). Attributes are the Win32 bits on every platform; POSIX renders them
+// from the file's mode and name: read-only when the owner may not write, hidden when the name
+// starts with a dot (other than "." and ".."), system for what is neither a file nor a folder,
+// a reparse point for a symbolic link (whose other bits are its target's, when there is one).
+inline constexpr uint32_t FILE_ATTRIBUTE_READONLY_ = 0x01;
+inline constexpr uint32_t FILE_ATTRIBUTE_HIDDEN_ = 0x02;
+inline constexpr uint32_t FILE_ATTRIBUTE_SYSTEM_ = 0x04;
+inline constexpr uint32_t FILE_ATTRIBUTE_DIRECTORY_ = 0x10;
+inline constexpr uint32_t FILE_ATTRIBUTE_ARCHIVE_ = 0x20;
+inline constexpr uint32_t FILE_ATTRIBUTE_NORMAL_ = 0x80;
+inline constexpr uint32_t FILE_ATTRIBUTE_REPARSE_POINT_ = 0x400;
+inline constexpr uint32_t INVALID_FILE_ATTRIBUTES_ = 0xFFFFFFFF;
+
+// A file time: 100-nanosecond intervals since 1601-01-01 UTC (Win32 FILETIME).
+using FileTime = uint64_t;
+
+// What a directory search reports of one entry (WIN32_FIND_DATA).
+struct TFindData {
+  uint32_t Attributes = 0;
+  FileTime CreationTime = 0;
+  FileTime LastAccessTime = 0;
+  FileTime LastWriteTime = 0;
+  uint64_t Size = 0;
+  AnsiString Name;
+};
+
+// Attributes, INVALID_FILE_ATTRIBUTES_ on failure (errors 2/3 when the name does not exist).
+uint32_t GetFileAttributes(const AnsiString& Name);
+// Only the read-only bit can be set on POSIX, where it clears every write permission (and
+// clearing it gives the owner write permission back); the other bits are ignored there.
+bool SetFileAttributes(const AnsiString& Name, uint32_t Attributes);
+// The entry for one name (GetFileAttributesEx): attributes, times and size; the name part of
+// Data is the last part of Name.
+bool GetFileData(const AnsiString& Name, TFindData& Data);
+
+// Directory searches. Pattern is a folder and a mask of Windows wildcards ('*' any run, '?' one
+// character, "*.*" everything). POSIX lists "." and ".." as Windows does and compares names
+// case-sensitively. No match and a missing folder both fail with error 2 or 3.
+using FindHandle = void*;
+FindHandle FindFirstFile(const AnsiString& Pattern, TFindData& Data);
+bool FindNextFile(FindHandle Find, TFindData& Data);
+void FindClose(FindHandle Find);
+
+bool CreateDirectory(const AnsiString& Name);
+// Removes an empty folder, or a symbolic link to a folder (the link only).
+bool RemoveDirectory(const AnsiString& Name);
+bool DeleteFile(const AnsiString& Name);
+// Renames a file or folder; fails when NewName exists (ERROR_ALREADY_EXISTS / EEXIST).
+bool MoveFile(const AnsiString& OldName, const AnsiString& NewName);
+// The shell's operations on a whole folder. POSIX walks the tree through descriptors and never
+// follows a symbolic link: a link is removed or moved as a link. A rename across file systems
+// copies the tree and removes the original.
+bool RemoveTree(const AnsiString& Dir);
+bool RenameTree(const AnsiString& OldName, const AnsiString& NewName);
+
+// Empty on failure.
+AnsiString GetCurrentDirectory();
+bool SetCurrentDirectory(const AnsiString& Dir);
+// The absolute form of Name, with "." and ".." resolved as text (links are not followed).
+AnsiString GetFullPathName(const AnsiString& Name);
+// The short (8.3) form of an existing path; POSIX has none and returns the path as it is.
+// Empty on failure.
+AnsiString GetShortPathName(const AnsiString& Name);
+// The path of the running executable.
+AnsiString ModuleFileName();
+
+// The creation, last access and last write times of a file. POSIX has no settable birth time:
+// a creation time that was set is kept in the user extended attribute "user.kx.created"
+// ("<seconds>.<nanoseconds>" since 1970 UTC) and wins over the birth time (statx); on a file
+// system without user extended attributes the modification time stands for both.
+bool GetFileTimes(const AnsiString& Name, FileTime& Creation, FileTime& LastAccess,
+                  FileTime& LastWrite);
+bool SetFileCreationTime(const AnsiString& Name, FileTime Creation);
+bool SetFileLastWriteTime(const AnsiString& Name, FileTime LastWrite);
+bool GetFileHandleLastWriteTime(FileHandle File, FileTime& LastWrite);
+// Between UTC and local file times with the time zone's offset of the present moment
+// (FileTimeToLocalFileTime and its inverse), whatever the offset at the converted time was.
+FileTime FileTimeToLocal(FileTime Utc);
+FileTime LocalFileTimeToUtc(FileTime Local);
+// The DOS date and time words (FileTimeToDosDateTime: years 1980 to 2107, two-second steps,
+// no zone conversion), and back; false outside that range or for an impossible date.
+bool FileTimeToDosDateTime(FileTime Time, uint16_t& DosDate, uint16_t& DosTime);
+bool DosDateTimeToFileTime(uint16_t DosDate, uint16_t DosTime, FileTime& Time);
+
+// Whether opening the file for reading and writing without sharing fails. POSIX opens it for
+// reading and writing and looks for a conflicting advisory lock (flock, as the file streams
+// take, or fcntl/OFD record locks).
+bool FileIsInUse(const AnsiString& Name);
+
+// The temporary folder with a trailing delimiter (GetTempPath; POSIX: $TMPDIR, else /tmp);
+// empty on failure.
+AnsiString GetTempPath();
+// Creates a new empty file in Dir whose name starts with the first three characters of Prefix
+// (GetTempFileName; POSIX: mkstemps, "<prefix>XXXXXX.tmp") and returns its name; empty on
+// failure.
+AnsiString GetTempFileName(const AnsiString& Dir, const AnsiString& Prefix);
+// Creates a new folder in TempPath (which ends in a delimiter) whose name starts with Prefix:
+// Windows tries GetTempFileName's numbered names from Start on, up to 65535 of them; POSIX
+// uses mkdtemp. Empty on failure.
+AnsiString CreateTempDirectory(const AnsiString& TempPath, const AnsiString& Prefix,
+                               uint32_t Start);
+
+// A resource of a module (null: the executable): Windows resources by name or "#<id>" for
+// both the name and the type. POSIX modules have none and always fail with error 2.
+bool FindModuleResource(void* Module, const AnsiString& Name, const AnsiString& Type,
+                        const void*& Data, uint32_t& Size);
+
 } // namespace kx::platform

@@ -3,6 +3,7 @@
 
 #include <kx/rtl/Component.h>
 #include <kx/rtl/Exceptions.h>
+#include <kx/rtl/Files.h>
 #include <kx/rtl/Format.h>
 #include <kx/rtl/InterfacedObject.h>
 #include <kx/rtl/Interfaces.h>

@@ -1,5 +1,6 @@
 // Files on POSIX: descriptors, with share modes as advisory flock locks.
 #include "platform/Platform.h"
+#include "platform/posix/Descriptors.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -39,13 +40,6 @@ int LockFor(uint32_t Access, uint32_t Share) {
   default:
     return 0;
   }
-}
-
-// Closes without letting close() change the error being reported.
-void CloseKeepingError(int Fd) {
-  int Saved = errno;
-  close(Fd);
-  errno = Saved;
 }
 
 bool Lock(int Fd, int Operation) {

@@ -1,5 +1,6 @@
 // Files on Windows: CreateFileW and friends, names widened from the process ANSI code page.
 #include "platform/Platform.h"
+#include "platform/win32/WideNames.h"
 
 #include <windows.h>
 
@@ -11,18 +12,6 @@ constexpr DWORD AccessModes[3] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GE
 // Compat and exclusive share nothing; deny-write lets others read, deny-read lets them write.
 constexpr DWORD ShareModes[5] = {0, 0, FILE_SHARE_READ, FILE_SHARE_WRITE,
                                  FILE_SHARE_READ | FILE_SHARE_WRITE};
-
-// The name as UTF-16; false (with the conversion's error set) when it does not convert.
-bool WideName(const AnsiString& FileName, std::wstring& Wide) {
-  Wide.clear();
-  if (FileName.empty()) return true;
-  UINT Cp = KxSystemCodePage();
-  int Len = ::MultiByteToWideChar(Cp, 0, FileName.data(), int(FileName.size()), nullptr, 0);
-  if (Len <= 0) return false;
-  Wide.assign(size_t(Len), L'\0');
-  ::MultiByteToWideChar(Cp, 0, FileName.data(), int(FileName.size()), Wide.data(), Len);
-  return true;
-}
 
 FileHandle Open(const AnsiString& FileName, DWORD Access, uint32_t Mode, DWORD Disposition) {
   uint32_t Share = (Mode & 0xF0) >> 4;
