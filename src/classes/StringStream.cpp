@@ -2,6 +2,7 @@
 #include <kx/classes/ClassesConsts.h>
 #include <kx/classes/ObjectEx.h>
 #include <kx/classes/StringStream.h>
+#include <kx/rtl/Files.h>
 #include <kx/types/Encoding.h>
 
 #include "classes/StreamCodePage.h"
@@ -43,18 +44,6 @@ std::string_view ByteOrderMark(uint16_t CodePage) {
   default:
     return {};
   }
-}
-
-// Whether the OS reports the file as missing (2: ERROR_FILE_NOT_FOUND and ENOENT alike; 3:
-// ERROR_PATH_NOT_FOUND) when it is opened for reading.
-bool FileMissing(const AnsiString& FileName) {
-  platform::FileHandle H = platform::FileOpen(FileName, fmOpenRead | fmShareDenyNone);
-  if (H != platform::InvalidFileHandle) {
-    platform::FileClose(H);
-    return false;
-  }
-  const uint32_t Error = platform::LastError();
-  return Error == 2 || Error == 3;
 }
 
 AnsiString NarrowToSystem(const WideChar* W, size_t Count) {
@@ -365,7 +354,7 @@ void TKxStringStream::SaveToFile(const AnsiString& FileName) {
 }
 
 void TKxStringStream::LoadFromFile(const AnsiString& FileName, int32_t SourceCodePage) {
-  if (FileMissing(FileName)) throw EFOpenError(SFileNotFound, {FileName});
+  if (!FileExists(FileName)) throw EFOpenError(SFileNotFound, {FileName});
   TFileStream* File = TFileStream::Create(FileName, uint16_t(fmOpenRead | fmShareDenyNone));
   detail::TFreeOnExit Free{File};
   LoadFromStream(File, true, SourceCodePage);

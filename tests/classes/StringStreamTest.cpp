@@ -342,6 +342,14 @@ TEST(StringStream, FilesRoundTripThroughTheirMarks) {
   } catch (const EFOpenError& E) {
     EXPECT_EQ(E.Message(), "File " + Missing + " not found.");
   }
+  // A folder is no file either.
+  const AnsiString Folder = std::filesystem::temp_directory_path().string();
+  try {
+    S->LoadFromFile(Folder);
+    FAIL() << "no exception";
+  } catch (const EFOpenError& E) {
+    EXPECT_EQ(E.Message(), "File " + Folder + " not found.");
+  }
 }
 
 TEST(StringStream, LoadingFromStreams) {
