@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 using namespace kx;
 
 namespace {
@@ -25,14 +27,23 @@ IPtr<IInterface> MakeNothing(const AnsiString&) {
   return nullptr;
 }
 
-void ExpectQuillon(IPtr<IInterface> (*Call)(const AnsiString&)) {
+Variant ValueOf(const IPtr<IInterface>& Doc, const AnsiString& Path) {
+  return Doc ? Variant(Path + "!") : Variant(int32_t(-1));
+}
+
+template <class... A>
+void ExpectQuillonFor(auto(*Call)(A...), std::remove_cvref_t<A>... Args) {
   try {
-    Call("{}");
+    Call(Args...);
     ADD_FAILURE() << "no exception";
   } catch (const Exception& E) {
     EXPECT_EQ(E.ClassType(), Exception::ClassInfo());
     EXPECT_EQ(E.Message(), "Quillon is required for this functionality!");
   }
+}
+
+void ExpectQuillon(IPtr<IInterface> (*Call)(const AnsiString&)) {
+  ExpectQuillonFor(Call, AnsiString("{}"));
 }
 
 } // namespace
@@ -57,4 +68,21 @@ TEST(DocumentHooks, EmptySlotsRaiseAndSetSlotsAreCalled) {
   SetCreateXMLDoc(nullptr);
   ExpectQuillon(&KxCreateJSONDoc);
   ExpectQuillon(&KxCreateXMLDoc);
+}
+
+TEST(DocumentHooks, ValueSlotsAreSeparateFromTheCreateSlots) {
+  SetCreateJSONDoc(&MakeDoc);
+  IPtr<IInterface> Doc = KxCreateJSONDoc("{}");
+  ExpectQuillonFor(&KxGetJSONDocValue, Doc, AnsiString("a.b"));
+  ExpectQuillonFor(&KxGetXMLDocValue, Doc, AnsiString("/a"));
+  SetGetJSONDocValue(&ValueOf);
+  EXPECT_EQ(VarToStr(KxGetJSONDocValue(Doc, "a.b")), "a.b!");
+  EXPECT_EQ(KxGetJSONDocValue(nullptr, "x").ToInteger(), -1);
+  ExpectQuillonFor(&KxGetXMLDocValue, Doc, AnsiString("/a"));
+  SetGetXMLDocValue(&ValueOf);
+  EXPECT_EQ(VarToStr(KxGetXMLDocValue(Doc, "/a")), "/a!");
+  SetGetJSONDocValue(nullptr);
+  SetGetXMLDocValue(nullptr);
+  SetCreateJSONDoc(nullptr);
+  ExpectQuillonFor(&KxGetJSONDocValue, Doc, AnsiString("a.b"));
 }
