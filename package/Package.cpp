@@ -22,6 +22,7 @@ constexpr TUnitSteps Units[] = {
     {"uKxSysUtils", &detail::uKxSysUtils_Initialize, &detail::uKxSysUtils_Finalize},
     {"uKxClasses", &detail::uKxClasses_Initialize, &detail::uKxClasses_Finalize},
     {"uKxNetEncoding", &detail::uKxNetEncoding_Initialize, &detail::uKxNetEncoding_Finalize},
+    {"uKxWindows", &detail::uKxWindows_Initialize, &detail::uKxWindows_Finalize},
 };
 
 std::atomic<int> InitCount{0};

@@ -236,6 +236,10 @@ AnsiString GetTempFileName(const AnsiString& Dir, const AnsiString& Prefix);
 AnsiString CreateTempDirectory(const AnsiString& TempPath, const AnsiString& Prefix,
                                uint32_t Start);
 
+// The name of a Windows locale identifier ("en-US"): LCIDToLocaleName on Windows, ICU's map of
+// the identifiers on POSIX (keywords dropped, '_' as '-'). False when the platform has none.
+bool LocaleName(uint16_t LocaleID, AnsiString& Name);
+
 // A resource of a module (null: the executable): Windows resources by name or "#<id>" for
 // both the name and the type. POSIX modules have none and always fail with error 2.
 bool FindModuleResource(void* Module, const AnsiString& Name, const AnsiString& Type,

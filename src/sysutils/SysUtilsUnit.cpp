@@ -1,14 +1,19 @@
 // Start-up and shut-down of uKxSysUtils.
 #include <kx/sysutils/ExceptionRegistry.h>
+#include <kx/sysutils/Languages.h>
 
 #include "package/Units.h"
 
 namespace kx::detail {
 
-void uKxSysUtils_Initialize() {}
+// The language-record list is filled.
+void uKxSysUtils_Initialize() {
+  FillLanguages();
+}
 
-// The exception registry is cleared and freed.
+// The language records go, and the exception registry is cleared and freed.
 void uKxSysUtils_Finalize() {
+  ClearLanguages();
   ClearExceptionRegistry();
 }
 
