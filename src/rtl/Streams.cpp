@@ -62,24 +62,40 @@ int64_t TStream::GetSize() {
   return Result;
 }
 
-// Streams over pipes, sockets or codecs may move fewer bytes per call than asked; only a call
-// that moves nothing (or reports a negative count) ends the loop with the error.
-void TStream::ReadBuffer(void* Buffer, int32_t Count) {
-  uint8_t* P = static_cast<uint8_t*>(Buffer);
-  for (int32_t Done = 0; Done < Count;) {
-    int32_t N = Read(P + Done, Count - Done);
-    if (N <= 0) throw EReadError(SReadError);
+namespace {
+// The most one Read or Write can be asked for.
+constexpr int64_t MaxMove = std::numeric_limits<int32_t>::max();
+
+// Calls Move(Pointer, N) until Count is done or a call moves nothing (or reports a negative
+// count).
+template <class Byte, class F>
+int64_t MoveUpTo(Byte* Buffer, int64_t Count, F Move) {
+  int64_t Done = 0;
+  while (Done < Count) {
+    const int32_t N = Move(Buffer + Done, int32_t(std::min(Count - Done, MaxMove)));
+    if (N <= 0) break;
     Done += N;
   }
+  return Done;
+}
+} // namespace
+
+int64_t TStream::ReadUpTo(void* Buffer, int64_t Count) {
+  return MoveUpTo(static_cast<uint8_t*>(Buffer), Count,
+                  [this](uint8_t* P, int32_t N) { return Read(P, N); });
+}
+
+int64_t TStream::WriteUpTo(const void* Buffer, int64_t Count) {
+  return MoveUpTo(static_cast<const uint8_t*>(Buffer), Count,
+                  [this](const uint8_t* P, int32_t N) { return Write(P, N); });
+}
+
+void TStream::ReadBuffer(void* Buffer, int32_t Count) {
+  if (ReadUpTo(Buffer, Count) < Count) throw EReadError(SReadError);
 }
 
 void TStream::WriteBuffer(const void* Buffer, int32_t Count) {
-  const uint8_t* P = static_cast<const uint8_t*>(Buffer);
-  for (int32_t Done = 0; Done < Count;) {
-    int32_t N = Write(P + Done, Count - Done);
-    if (N <= 0) throw EWriteError(SWriteError);
-    Done += N;
-  }
+  if (WriteUpTo(Buffer, Count) < Count) throw EWriteError(SWriteError);
 }
 
 int64_t TStream::CopyFrom(TStream* Source, int64_t Count) {

@@ -1,5 +1,7 @@
 #include <kx/rtl/Streams.h>
 
+#include "support/ShortReadStream.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -45,31 +47,6 @@ protected:
     return std::string(std::istreambuf_iterator<char>(In), {});
   }
   fs::path Dir;
-};
-
-// A stream that hands out at most a few bytes per call, as pipes and sockets do.
-class TTrickleStream : public TStream {
-public:
-  explicit TTrickleStream(std::string Data) : FData(std::move(Data)) {}
-  int32_t Read(void* Buffer, int32_t Count) override {
-    int32_t N = std::min<int32_t>({Count, 3, int32_t(FData.size() - FPos)});
-    std::memcpy(Buffer, FData.data() + FPos, size_t(N));
-    FPos += size_t(N);
-    return N;
-  }
-  int32_t Write(const void*, int32_t) override { return 0; }
-  using TStream::Seek;
-  int64_t Seek(int64_t Offset, TSeekOrigin Origin) override {
-    int64_t Base = Origin == soBeginning ? 0
-                   : Origin == soCurrent ? int64_t(FPos)
-                                         : int64_t(FData.size());
-    FPos = size_t(Base + Offset);
-    return int64_t(FPos);
-  }
-
-private:
-  std::string FData;
-  size_t FPos = 0;
 };
 
 } // namespace
@@ -149,6 +126,26 @@ TEST(MemoryStream, ReadBufferAndWriteBufferAreAllOrNothing) {
   }
 }
 
+TEST(Stream, ShortReadsAndWritesAreRepeatedUntilTheCountOrTheEnd) {
+  kxtest::TShortReadStream One(std::string_view("abcdefg"), 1);
+  char Buf[8] = {};
+  One.ReadBuffer(Buf, 4);
+  EXPECT_EQ(std::string(Buf, 4), "abcd");
+  EXPECT_EQ(One.ReadUpTo(Buf, 8), 3) << "the end ends it, without an error";
+  EXPECT_EQ(std::string(Buf, 3), "efg");
+  EXPECT_EQ(One.Reads(), 8) << "a call per byte, and the one that found the end";
+  EXPECT_THROW(One.ReadBuffer(Buf, 1), EReadError);
+
+  Owned<TMemoryStream> Sink(TMemoryStream::Create());
+  kxtest::TShortReadStream Pair(Sink.get(), 2);
+  Pair.WriteBuffer("hello", 5);
+  EXPECT_EQ(Pair.Writes(), 3);
+  EXPECT_EQ(Pair.WriteUpTo("!?", 2), 2);
+  EXPECT_EQ(Content(Sink.get()), "hello!?");
+  Sink->SetPosition(-1);
+  EXPECT_EQ(Pair.WriteUpTo("x", 1), 0) << "a stream that takes nothing ends it";
+}
+
 TEST(MemoryStream, ImpossibleSizesRaiseTheExpansionError) {
   Owned<TMemoryStream> S(TMemoryStream::Create());
   S->WriteBuffer("abc", 3);
@@ -183,12 +180,11 @@ TEST(MemoryStream, CopyFromTakesCountBytesOrTheWholeSource) {
   EXPECT_THROW(Dst->CopyFrom(Src.get(), 3), EReadError);
 
   // A source that delivers in small pieces must still be copied whole.
-  TTrickleStream* Trickle = new TTrickleStream("abcdefgh");
-  Owned<TStream> Guard(Trickle);
+  kxtest::TShortReadStream Trickle(std::string_view("abcdefgh"), 3);
   Dst->Clear();
-  EXPECT_EQ(Dst->CopyFrom(Trickle, 5), 5);
+  EXPECT_EQ(Dst->CopyFrom(&Trickle, 5), 5);
   EXPECT_EQ(Content(Dst.get()), "abcde");
-  EXPECT_EQ(Dst->CopyFrom(Trickle, 0), 8);
+  EXPECT_EQ(Dst->CopyFrom(&Trickle, 0), 8);
   EXPECT_EQ(Content(Dst.get()), "abcdeabcdefgh");
 }
 

@@ -42,6 +42,11 @@ public:
   virtual int32_t Seek(int32_t Offset, TSeekOrigin Origin);
   virtual int64_t Seek(int64_t Offset, TSeekOrigin Origin) = 0;
 
+  // Move up to Count bytes, calling Read/Write until the count is done or a call moves
+  // nothing (the end of the stream); the number moved. Streams over pipes, sockets or codecs
+  // may move fewer bytes per call than asked, so one call never tells that the end is reached.
+  int64_t ReadUpTo(void* Buffer, int64_t Count);
+  int64_t WriteUpTo(const void* Buffer, int64_t Count);
   // Move exactly Count bytes, calling Read/Write until done; EReadError / EWriteError when
   // a call moves nothing.
   void ReadBuffer(void* Buffer, int32_t Count);
