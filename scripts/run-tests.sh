@@ -20,11 +20,13 @@ if [ "$mode" = wine ]; then
 fi
 
 log=$(mktemp)
+# No "|| true" here: under pipefail it would run, and PIPESTATUS would then be its own.
 ctest --test-dir "$build" --output-on-failure -V 2>&1 | tee "$log" |
-  grep -E '^[0-9]+: \[  (PASSED|FAILED|SKIPPED) \]|tests passed|Test +#|\*\*\*' || true
+  grep -E '^[0-9]+: \[  (PASSED  |FAILED  |SKIPPED )\]|tests passed|Test +#|\*\*\*'
 rc=${PIPESTATUS[0]}
 passed=$(grep -E '^[0-9]+: \[  PASSED  \] [0-9]+ test' "$log" | awk '{s+=$5} END {print s+0}')
-failed=$(grep -E '^[0-9]+: \[  FAILED  \] [0-9]+ test' "$log" | awk '{s+=$5} END {print s+0}')
+# Brief output names each failed test and prints no count of them.
+failed=$(grep -cE '^[0-9]+: \[  FAILED  \] [^ ]+ \([0-9]+ ms\)' "$log")
 skipped=$(grep -E '^[0-9]+: \[  SKIPPED \] [0-9]+ test' "$log" | awk '{s+=$5} END {print s+0}')
 if [ "$rc" -ne 0 ] && [ "$failed" -eq 0 ]; then failed=1; fi # a crash reports no totals
 rm -f "$log"
