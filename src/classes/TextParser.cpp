@@ -553,12 +553,7 @@ void TKxTextParser::SetContentCodePage(uint16_t ACodePage) {
 // --- chunks -----------------------------------------------------------------------------
 
 void TKxTextParser::ReadChunk(uint8_t* Dest, uint32_t Count) {
-  uint32_t Done = 0;
-  while (Done < Count) {
-    int32_t N = FStream->Read(Dest + Done, int32_t(Count - Done));
-    if (N <= 0) break;
-    Done += uint32_t(N);
-  }
+  const uint32_t Done = uint32_t(FStream->ReadUpTo(Dest, Count));
   // The chunk is used whole even when the stream ends early; what it lacks reads as zeros.
   if (Done < Count) std::memset(Dest + Done, 0, Count - Done);
 }
@@ -694,7 +689,14 @@ WideChar TKxTextParser::Widen(uint8_t C) {
   return FWiden[C];
 }
 
-const AnsiChar* TKxTextParser::CharAAt(const uint8_t* P) {
+const uint8_t* TKxTextParser::WholeSequence(const uint8_t* const& Pos, int Length) {
+  if (FBufferEnd - Pos < Length && !FLastChunk) LoadNextChunk();
+  if (FBufferEnd - Pos < Length) RaiseEOF();
+  return Pos;
+}
+
+const AnsiChar* TKxTextParser::CharAAt(const uint8_t* const& Pos) {
+  const uint8_t* P = Pos;
   switch (FCharacterSetType) {
   case DBCS:
     FCharA = NarrowChar(Load16(P));
@@ -702,7 +704,7 @@ const AnsiChar* TKxTextParser::CharAAt(const uint8_t* P) {
   case MBCS: {
     if (*P < 0x80) return reinterpret_cast<const AnsiChar*>(P);
     const int Length = SequenceLength(*P);
-    if (FBufferEnd - P < Length) RaiseEOF();
+    P = WholeSequence(Pos, Length);
     UnicodeString W = UTF8Text(P, size_t(Length));
     FCharA = W.empty() ? AnsiChar(0) : NarrowChar(W[0]);
     return &FCharA;
@@ -712,7 +714,8 @@ const AnsiChar* TKxTextParser::CharAAt(const uint8_t* P) {
   }
 }
 
-const WideChar* TKxTextParser::CharWAt(const uint8_t* P) {
+const WideChar* TKxTextParser::CharWAt(const uint8_t* const& Pos) {
+  const uint8_t* P = Pos;
   switch (FCharacterSetType) {
   case DBCS:
     // In place when aligned; text at an odd address is copied out.
@@ -725,7 +728,7 @@ const WideChar* TKxTextParser::CharWAt(const uint8_t* P) {
       return &FCharW;
     }
     const int Length = SequenceLength(*P);
-    if (FBufferEnd - P < Length) RaiseEOF();
+    P = WholeSequence(Pos, Length);
     UnicodeString W = UTF8Text(P, size_t(Length));
     FCharW = W.empty() ? WideChar(0) : W[0];
     return &FCharW;
@@ -765,15 +768,18 @@ const WideChar* TKxTextParser::PrevCharW() {
 
 // The character is taken after the move, from the previous position: a move may load the
 // next chunk, which keeps that position but not the old buffer.
+// The odd last byte of UTF-16 text is moved over as no character: it reads as a 0 character.
 const AnsiChar* TKxTextParser::ReadCharA() {
   if (FEOF) RaiseEOF();
   FOps.Next(this);
+  if (!Readable(FPrevPos, FBufferEnd, FCharacterSetType)) return &(FCharA = 0);
   return CharAAt(FPrevPos);
 }
 
 const WideChar* TKxTextParser::ReadCharW() {
   if (FEOF) RaiseEOF();
   FOps.Next(this);
+  if (!Readable(FPrevPos, FBufferEnd, FCharacterSetType)) return &(FCharW = 0);
   return CharWAt(FPrevPos);
 }
 

@@ -3,6 +3,8 @@
 #include <kx/classes/MemoryStream.h>
 #include <kx/classes/TextParser.h>
 
+#include "support/ShortReadStream.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -252,6 +254,43 @@ TEST(KxTextParser, Utf16Moves) {
   EXPECT_TRUE(Q->GetEOF());
 }
 
+// Reading the odd last byte of UTF-16 text reads nothing beyond it: the text lies in blocks
+// of exactly its size, so that the address sanitizer sees any byte read past the end.
+TEST(KxTextParser, TheOddLastByteOfUtf16TextIsReadAsNoCharacter) {
+  for (size_t Size : {size_t(1), size_t(3)}) {
+    SCOPED_TRACE(testing::Message() << Size << " bytes");
+    std::unique_ptr<uint8_t[]> Text(new uint8_t[Size]);
+    std::memcpy(Text.get(), "A\0B", Size);
+    const uint8_t* Last = Text.get() + Size - 1;
+    {
+      Parser P(TKxTextParser::Create(Text.get(), uint32_t(Size), 1200));
+      if (Size == 3) {
+        EXPECT_EQ(*P->ReadCharA(), 'A');
+      }
+      EXPECT_EQ(*P->ReadCharA(), '\0');
+      EXPECT_TRUE(P->GetEOF());
+    }
+    {
+      Parser P(TKxTextParser::Create(Text.get(), uint32_t(Size), 1200));
+      if (Size == 3) {
+        EXPECT_EQ(*P->ReadCharW(), u'A');
+      }
+      const WideChar* W = P->ReadCharW();
+      EXPECT_EQ(*W, u'\0');
+      EXPECT_TRUE(reinterpret_cast<const uint8_t*>(W) != Last) << "no character straddles the end";
+      EXPECT_EQ(*P->PrevCharW(), u'\0');
+      EXPECT_EQ(*P->PrevCharA(), '\0');
+    }
+    // The same in place over a memory stream of exactly that size.
+    TKxMemoryStream* Stream =
+        TKxMemoryStream::Create(static_cast<void*>(Text.get()), uint32_t(Size));
+    Parser P(TKxTextParser::Create(Stream, 1200, true));
+    P->SkipChars(int64_t(Size / 2));
+    EXPECT_EQ(*P->ReadCharW(), u'\0');
+    EXPECT_TRUE(P->GetEOF());
+  }
+}
+
 TEST(KxTextParser, PeeksLeaveTheCursorAlone) {
   auto P = Over("a\r\n b\x01");
   EXPECT_EQ(*P->PeekCharA(), ' ');
@@ -465,4 +504,33 @@ TEST(KxTextParser, ReloadWithoutMarksKeepsOnlyThePreviousCharacter) {
   EXPECT_EQ(P->GetPosition(), TGeneratedStream::Marker - 1000);
   P->Last();
   EXPECT_TRUE(P->GetEOF());
+}
+
+// A UTF-8 character whose bytes lie on both sides of a chunk boundary is read as it is in
+// place. The stream gives 1000 bytes per read, as a pipe might.
+TEST(KxTextParser, Utf8CharacterAcrossTheChunkBoundary) {
+  const int64_t Chunk = TKxTextParser::StreamChunkSize;
+  for (const char* Character : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}) {
+    for (int64_t Before : {int64_t(1), int64_t(2), int64_t(3)}) {
+      const std::string Tail = Character;
+      if (Before >= int64_t(Tail.size())) continue;
+      SCOPED_TRACE(testing::Message() << Tail.size() << "-byte character, " << Before
+                                      << " byte(s) in the first chunk");
+      std::string Text(size_t(Chunk - Before), 'a');
+      Text += Tail + "z";
+      const UnicodeString Expected = Over(Tail + "z", 65001)->PeekString(2);
+      kxtest::TShortReadStream Source(Text, 1000);
+      // The run of a is passed as one-byte text, which is quick, and the rest read as UTF-8.
+      Parser P(TKxTextParser::Create(&Source, 1252));
+      ASSERT_TRUE(P->Chunked());
+      P->SkipWhile(sopEq, 'a');
+      P->SetContentCodePage(65001);
+      // The cursor stands on the lead byte, the rest of the character not loaded yet.
+      EXPECT_EQ(*P->CurrCharW(), Expected[0]);
+      EXPECT_EQ(P->PeekString(2), Expected);
+      EXPECT_EQ(*P->ReadCharW(), Expected[0]);
+      EXPECT_EQ(P->GetPosition(), int64_t(Text.size()) - 1);
+      EXPECT_EQ(*P->ReadCharA(), 'z');
+    }
+  }
 }

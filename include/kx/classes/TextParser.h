@@ -223,9 +223,14 @@ private:
   // Runs Body, then puts the cursor back as it was, also when Body throws.
   template <class F>
   auto Peeking(F&& Body);
-  // The character at P (which must lie before BufferEnd), converted as the reads do.
-  const AnsiChar* CharAAt(const uint8_t* P);
-  const WideChar* CharWAt(const uint8_t* P);
+  // The character at Pos (the current or the previous position, which must lie before
+  // BufferEnd), converted as the reads do. A UTF-8 sequence that runs past the buffer loads
+  // the next chunk, which moves Pos with the others.
+  const AnsiChar* CharAAt(const uint8_t* const& Pos);
+  const WideChar* CharWAt(const uint8_t* const& Pos);
+  // Pos, once the Length bytes there are in the buffer; "Unexpected EOF" when the text ends
+  // before.
+  const uint8_t* WholeSequence(const uint8_t* const& Pos, int Length);
   // Moves for a peek: at least one character, then over what the peek passes.
   void PeekMove();
   const uint8_t*& PosRef(TKxTextParserPosType PosType, const char* Message);
