@@ -114,7 +114,8 @@ IPtr<IKxMemoryBuffer> KxCreateMemoryBuffer(TStream* Stream, int64_t Position, in
   int64_t Length = std::max<int64_t>(Stream->Size() - Position, 0);
   if (Count != -1) Length = std::clamp<int64_t>(Count, 0, Length);
   IPtr<IKxMemoryBuffer> Result = KxCreateMemoryBuffer(uint32_t(Length));
-  if (Length > 0) Stream->Read(Result->GetBuffer(), int32_t(Length));
+  // A stream that ends before its size said leaves a buffer of what it gave.
+  if (Length > 0) Result->SetSize(uint32_t(Stream->ReadUpTo(Result->GetBuffer(), Length)));
   return Result;
 }
 

@@ -125,7 +125,7 @@ void TKxMemoryStream::Clear() {
 
 namespace {
 void ReadExactly(TKxMemoryStream* Stream, void* Buffer, int32_t Count) {
-  if (Stream->Read(Buffer, Count) != Count) throw Exception(SUnexpectedEOF);
+  if (Stream->ReadUpTo(Buffer, Count) != Count) throw Exception(SUnexpectedEOF);
 }
 } // namespace
 
@@ -182,7 +182,9 @@ bool KxStreamToReadBuf(TStream* Stream, void*& Buf, int64_t& Count) {
   }
   Buf = std::malloc(size_t(std::max<int64_t>(Count, 1)));
   if (!Buf) throw EOutOfMemory(SMemoryStreamError);
-  if (Count > 0) Stream->Read(Buf, int32_t(std::min<int64_t>(Count, INT32_MAX)));
+  // The stream may give less per call than asked, and in the end less than its size said:
+  // the count is what was read.
+  Count = Stream->ReadUpTo(Buf, Count);
   return true;
 }
 

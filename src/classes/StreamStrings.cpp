@@ -9,6 +9,7 @@
 
 #include "classes/StreamCodePage.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -66,7 +67,7 @@ AnsiString KxStreamToAnsiString(TStream* Stream, bool FreeStream, bool FromStart
     // Sized to the whole stream though read from the position: behind a mark the last bytes
     // stay zero, as they always have.
     Result.assign(size_t(Stream->Size()), '\0');
-    if (!Result.empty()) Stream->Read(Result.data(), int32_t(Result.size()));
+    Stream->ReadUpTo(Result.data(), int64_t(Result.size()));
   }
   return Result;
 }
@@ -101,14 +102,17 @@ void KxUTF8EncodeStream(TStream* Source, TStream* Dest, bool WriteBOM) {
 void KxUTF8DecodeStream(TStream* Source, TStream* Dest) {
   const int64_t Start = Source->Position();
   uint8_t Mark[3] = {};
-  if (Source->Read(Mark, 3) != 3 || std::memcmp(Mark, Utf8Bom, 3) != 0) Source->SetPosition(Start);
+  if (Source->ReadUpTo(Mark, 3) != 3 || std::memcmp(Mark, Utf8Bom, 3) != 0)
+    Source->SetPosition(Start);
   TKxUTF8StreamAdapter* Adapter = TKxUTF8StreamAdapter::Create(Source, false);
   detail::TFreeOnExit Free{Adapter};
   char Block[DecodeBlockSize];
   int32_t Count;
   do {
     Count = Adapter->Read(Block, DecodeBlockSize);
-    Dest->Write(Block, Count);
+    // Each block is handed over in one call where the stream takes it whole.
+    const int32_t Written = std::max(Dest->Write(Block, Count), 0);
+    if (Written < Count) Dest->WriteBuffer(Block + Written, Count - Written);
   } while (Count >= DecodeBlockSize);
 }
 

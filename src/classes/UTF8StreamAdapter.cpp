@@ -63,14 +63,14 @@ int32_t TKxUTF8StreamAdapter::Read(void* Buffer, int32_t Count) {
 
 int32_t TKxUTF8StreamAdapter::Write(const void* Buffer, int32_t Count) {
   if (FWriteBOM) {
-    FStream->Write(Utf8Bom, 3);
     FWriteBOM = false;
+    if (FStream->WriteUpTo(Utf8Bom, 3) != 3) return 0;
   }
   UnicodeString Wide(size_t(Count > 0 ? Count / 2 : 0), u'\0');
   if (!Wide.empty()) std::memcpy(Wide.data(), Buffer, Wide.size() * 2);
   const UTF8String Utf8 = TKxEncoding::ConvertW(Wide, 65001);
-  const int32_t Written = Utf8.empty() ? 0 : FStream->Write(Utf8.data(), int32_t(Utf8.size()));
-  return Written == int32_t(Utf8.size()) ? Count : 0;
+  // The wrapped stream may take fewer bytes per call than it is given.
+  return FStream->WriteUpTo(Utf8.data(), int64_t(Utf8.size())) == int64_t(Utf8.size()) ? Count : 0;
 }
 
 int64_t TKxUTF8StreamAdapter::Seek(int64_t Offset, TSeekOrigin Origin) {

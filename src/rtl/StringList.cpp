@@ -301,8 +301,7 @@ void TStrings::LoadFromStream(TStream* Stream) {
   Updating(this, [&] {
     int64_t Size = Stream->Size() - Stream->Position();
     AnsiString S(size_t(Size > 0 ? Size : 0), '\0');
-    int32_t Got = S.empty() ? 0 : Stream->Read(S.data(), int32_t(S.size()));
-    S.resize(size_t(Got > 0 ? Got : 0));
+    S.resize(size_t(Stream->ReadUpTo(S.data(), int64_t(S.size()))));
     SetTextStr(S);
   });
 }

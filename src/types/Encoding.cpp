@@ -192,9 +192,7 @@ uint16_t KxGetCodePage(TStream* Stream) {
   KxAssert(Stream != nullptr, SAssertionFailed, STypesUnit, GetCodePageAssertLine);
   const int64_t Start = Stream->Position();
   uint8_t B[4] = {};
-  int32_t Count = Stream->Read(B, 4);
-  if (Count < 0) Count = 0;
-  const uint16_t CodePage = KxGetCodePage(B, Count);
+  const uint16_t CodePage = KxGetCodePage(B, Stream->ReadUpTo(B, 4));
   int64_t MarkSize = 0;
   switch (CodePage) {
   case 12000:

@@ -2,6 +2,8 @@
 #include <kx/classes/BufferConversions.h>
 #include <kx/classes/MemoryStream.h>
 
+#include "support/ShortReadStream.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -115,4 +117,21 @@ TEST(KxBufferConversions, ByteArraysAndReversal) {
   EXPECT_EQ(KxByteArrToBuf({}, Size), nullptr);
   EXPECT_EQ(Size, 0u);
   EXPECT_TRUE(KxBufToByteArr(nullptr, 0).empty());
+}
+
+TEST(KxBufferConversions, StreamsThatGiveFewBytesPerReadAreTakenWhole) {
+  const TBytes Data = RandomBytes(10000, 9);
+  const std::string_view Bytes(reinterpret_cast<const char*>(Data.data()), Data.size());
+  for (int32_t Most : {1, 1000}) {
+    for (TKxBinEncoding E : {beBase64, beHexEncoded, beBase64Url}) {
+      SCOPED_TRACE(testing::Message() << Most << " per read, encoding " << int(E));
+      kxtest::TShortReadStream S(Bytes, Most);
+      S.SetPosition(1);
+      EXPECT_EQ(KxBufToString(&S, E), KxBufToString(Data.data() + 1, 9999, E));
+      EXPECT_EQ(S.Position(), 10000);
+    }
+    kxtest::TShortReadStream S(Bytes, Most);
+    EXPECT_EQ(KxBufToHex(&S), KxBufToHex(Data));
+    EXPECT_EQ(S.Position(), 10000);
+  }
 }

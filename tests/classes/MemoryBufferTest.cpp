@@ -3,6 +3,8 @@
 #include <kx/classes/MemoryStream.h>
 #include <kx/classes/PointerArithmetic.h>
 
+#include "support/ShortReadStream.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -92,6 +94,13 @@ TEST(KxMemoryBuffer, FromStream) {
   EXPECT_EQ(S->Position(), 6);
   EXPECT_EQ(KxCreateMemoryBuffer(S.get(), 8, 100)->GetSize(), 2u) << "clipped to the rest";
   EXPECT_EQ(KxCreateMemoryBuffer(S.get(), 10)->GetSize(), 0u);
+
+  // A stream that gives a byte per read is read up to the count all the same.
+  kxtest::TShortReadStream One(std::string_view("0123456789"), 1);
+  IPtr<IKxMemoryBuffer> Slow = KxCreateMemoryBuffer(&One, 2, 5);
+  ASSERT_EQ(Slow->GetSize(), 5u);
+  EXPECT_EQ(std::memcmp(Slow->GetBuffer(), "23456", 5), 0);
+  EXPECT_EQ(One.Position(), 7);
 }
 
 TEST(KxPointerArithmetic, Helpers) {

@@ -3,6 +3,8 @@
 #include <kx/rtl/Exceptions.h>
 #include <kx/uKxClasses.h>
 
+#include "support/ShortReadStream.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -131,6 +133,28 @@ TEST(StreamToString, EightBitTextInTheDestinationCodePage) {
   EXPECT_EQ(KxStreamToAnsiString(Utf16, false, true, true, -1, 1252), "\xE9");
 }
 
+// Streams that give a byte (or a few) per read are read to their end all the same.
+TEST(StreamToString, StreamsThatGiveFewBytesPerReadAreReadWhole) {
+  TSystemCodePage System(1252);
+  const AnsiString Long = Utf8Bom + AnsiString(3000, 'x') + "\xC3\xA9";
+  const UnicodeString LongText = UnicodeString(3000, u'x') + u"\u00E9";
+  for (int32_t Most : {1, 1000}) {
+    SCOPED_TRACE(testing::Message() << Most << " per read");
+    kxtest::TShortReadStream Wide(Long, Most);
+    EXPECT_EQ(KxStreamToWideString(&Wide), LongText);
+    EXPECT_EQ(Wide.Position(), int64_t(Long.size()));
+    kxtest::TShortReadStream Ansi(Long, Most);
+    EXPECT_EQ(KxStreamToAnsiString(&Ansi, false, true, true, -1, 1252),
+              AnsiString(3000, 'x') + "\xE9");
+    // No conversion: the bytes behind the mark, in a result as long as the whole stream.
+    kxtest::TShortReadStream Raw(Long, Most);
+    EXPECT_EQ(KxStreamToAnsiString(&Raw, false, true, true, 65001, 65001),
+              Long.substr(3) + AnsiString(3, '\0'));
+    kxtest::TShortReadStream Utf16(AnsiString("\xFF\xFE\xE9\0t\0", 6), Most);
+    EXPECT_EQ(KxStreamToWideString(&Utf16), u"\u00E9t");
+  }
+}
+
 TEST(StreamToString, TheStreamIsFreedWhenAskedEvenWhenTheReadFails) {
   bool Freed = false;
   KxStreamToWideString(new TProbeStream("abc", &Freed), true);
@@ -158,6 +182,24 @@ TEST(Utf8Streams, EncodeTakesTheRestAsUtf16) {
   TProbe Bare;
   KxUTF8EncodeStream(Source, Bare, false);
   EXPECT_EQ(Bare->Content(), "\xE2\x82\xAC");
+}
+
+TEST(Utf8Streams, StreamsThatMoveABytePerCallAreEncodedAndDecodedWhole) {
+  const UnicodeString Text = UnicodeString(700, u'a') + u"\u00E9\u20AC";
+  const AnsiString Utf16(reinterpret_cast<const char*>(Text.data()), Text.size() * 2);
+  const AnsiString Utf8 = AnsiString(700, 'a') + "\xC3\xA9\xE2\x82\xAC";
+  kxtest::TShortReadStream Source(Utf16, 1);
+  TProbe Sink;
+  kxtest::TShortReadStream Dest(Sink.S, 1);
+  KxUTF8EncodeStream(&Source, &Dest, true);
+  EXPECT_EQ(Sink->Content(), Utf8Bom + Utf8);
+  EXPECT_EQ(Source.Position(), int64_t(Utf16.size()));
+
+  kxtest::TShortReadStream Marked(Utf8Bom + Utf8, 1);
+  TProbe Out;
+  kxtest::TShortReadStream Narrow(Out.S, 1);
+  KxUTF8DecodeStream(&Marked, &Narrow);
+  EXPECT_EQ(Out->Content(), Utf16) << "the mark read a byte at a time is still the mark";
 }
 
 TEST(Utf8Streams, DecodeReadsBlocksUntilAShortOne) {

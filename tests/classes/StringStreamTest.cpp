@@ -3,6 +3,8 @@
 #include <kx/rtl/Exceptions.h>
 #include <kx/uKxClasses.h>
 
+#include "support/ShortReadStream.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -363,6 +365,12 @@ TEST(StringStream, LoadingFromStreams) {
   TOwned Wide(TKxStringStream::Create(uint16_t(1200), uint32_t(16)));
   Wide->LoadFromStream(Source, false, 1200);
   EXPECT_EQ(Content(Wide), AnsiString("\xFF\xFE\xE9\0", 4));
+  // A stream that gives a byte per read: the mark is still found and the rest taken whole.
+  kxtest::TShortReadStream Slow(std::string_view("\xEF\xBB\xBF\xC3\xA9t\xC3\xA9"), 1);
+  TOwned Utf16(TKxStringStream::Create(uint16_t(1200), uint32_t(16)));
+  Utf16->LoadFromStream(&Slow);
+  EXPECT_EQ(Utf16->GetWString(), u"\u00E9t\u00E9");
+  EXPECT_EQ(Slow.Position(), 8);
   if (!KxAssertionsEnabled) GTEST_SKIP() << "assertions compiled out";
   EXPECT_THROW(S->LoadFromStream(nullptr), EAssertionFailed);
 }

@@ -1,4 +1,8 @@
+#include <kx/classes/MemoryStream.h>
 #include <kx/uKxNetEncoding.h>
+
+#include "encoding/EncodingTestUtils.h"
+#include "support/ShortReadStream.h"
 
 #include <gtest/gtest.h>
 
@@ -32,5 +36,34 @@ TEST(KxNetEncoding, GetEncodingRejectsOtherValues) {
   } catch (const Exception& E) {
     EXPECT_EQ(E.ClassType(), Exception::ClassInfo());
     EXPECT_EQ(E.Message(), "The specified NetEncoding is not supported!");
+  }
+}
+
+// Streams that move fewer bytes per call than asked (pipes, sockets, adapters) are read to
+// their end and written whole, and give what memory streams give.
+TEST(KxNetEncoding, EveryCodecTakesStreamsThatMoveFewBytesPerCall) {
+  const TBytes Data = kxtest::RandomBytes(10000);
+  const AnsiString Plain = kxtest::AsString(Data);
+  for (TKxBinEncoding E : {beBase64, beHexEncoded, beBase64Url}) {
+    TNetEncodingEx* Codec = TKxNetEncoding::GetEncoding(E);
+    const AnsiString Text = Codec->EncodeBytesToString(Data);
+    for (int32_t Most : {1, 1000}) {
+      SCOPED_TRACE(testing::Message() << "encoding " << int(E) << ", " << Most << " per call");
+      kxtest::TShortReadStream In(Plain, Most);
+      TMemoryStream Sink;
+      kxtest::TShortReadStream Out(&Sink, Most);
+      EXPECT_EQ(Codec->Encode(&In, &Out), int32_t(Text.size()));
+      EXPECT_EQ(In.Position(), 10000) << "the input ends at its end";
+      EXPECT_EQ(AnsiString(static_cast<const char*>(Sink.Memory()), size_t(Sink.Size())), Text);
+
+      kxtest::TShortReadStream TextIn(Text, Most);
+      TMemoryStream Back;
+      EXPECT_EQ(Codec->Decode(&TextIn, &Back), 10000);
+      EXPECT_EQ(TextIn.Position(), int64_t(Text.size()));
+      EXPECT_EQ(AnsiString(static_cast<const char*>(Back.Memory()), size_t(Back.Size())), Plain);
+
+      kxtest::TShortReadStream Again(Text, Most);
+      EXPECT_EQ(Codec->Decode(static_cast<TStream*>(&Again)), Data);
+    }
   }
 }

@@ -1,5 +1,7 @@
 #include <kx/rtl/StringList.h>
 
+#include "support/ShortReadStream.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -328,6 +330,9 @@ TEST(StringList, StreamsAndFiles) {
   R->LoadFromStream(M); // from the position on
   M->Free();
   EXPECT_EQ(Items(R.get()), (V{"second line", "", "tail"}));
+  kxtest::TShortReadStream Slow(std::string_view("x\ny\nlast"), 1);
+  R->LoadFromStream(&Slow); // one byte per read, still the whole rest
+  EXPECT_EQ(Items(R.get()), (V{"x", "y", "last"}));
 
   fs::path File = fs::temp_directory_path() / "kx_rtl_stringlist.txt";
   L->SaveToFile(File.string());

@@ -4,6 +4,8 @@
 #include <kx/rtl/Streams.h>
 #include <kx/uKxTypes.h>
 
+#include "support/ShortReadStream.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -248,6 +250,13 @@ TEST(GetCodePage, MarksOnStreamsMoveThePositionBehindTheMark) {
     Stream->SetPosition(2);
     EXPECT_EQ(KxGetCodePage(Stream), C.CodePage) << ::testing::PrintToString(C.Data);
     EXPECT_EQ(Stream->Position(), 2 + C.Behind) << ::testing::PrintToString(C.Data);
+    // The same through streams that give one or two bytes per read.
+    for (int32_t Most : {1, 2}) {
+      Stream->SetPosition(2);
+      kxtest::TShortReadStream Short(Stream, Most);
+      EXPECT_EQ(KxGetCodePage(&Short), C.CodePage) << Most << ::testing::PrintToString(C.Data);
+      EXPECT_EQ(Short.Position(), 2 + C.Behind) << Most << ::testing::PrintToString(C.Data);
+    }
     Stream->Free();
   }
 }

@@ -68,8 +68,8 @@ private:
 KX_API IPtr<IKxMemoryBuffer> KxCreateMemoryBuffer(void* Buffer, uint32_t Size);
 // Size bytes, not cleared; no memory for 0.
 KX_API IPtr<IKxMemoryBuffer> KxCreateMemoryBuffer(uint32_t Size);
-// Moves Stream to Position and reads the rest of it (at most Count bytes unless Count is -1)
-// with one read, whose result is not checked.
+// Moves Stream to Position and reads the rest of it (at most Count bytes unless Count is -1);
+// the buffer holds what the stream gave.
 KX_API IPtr<IKxMemoryBuffer> KxCreateMemoryBuffer(TStream* Stream, int64_t Position,
                                                   int64_t Count = -1);
 

@@ -81,8 +81,9 @@ private:
 
 // Direct access to the bytes from Stream's position to its end; Count receives their number.
 // For a memory stream (the library's or the runtime's) Buf points into its memory and the
-// result is false. For any other stream Buf is a block of Count bytes from std::malloc,
-// filled by one read, and the result is true: the caller frees it with std::free.
+// result is false. For any other stream Buf is a block from std::malloc, read until the end
+// of the stream, Count the bytes read, and the result is true: the caller frees it with
+// std::free.
 KX_API bool KxStreamToReadBuf(TStream* Stream, void*& Buf, int64_t& Count);
 // Room for Count bytes at Stream's position. A TKxMemoryStream is resized to position + Count
 // and Buf points at the position (the result is false; the position stays). For any other
