@@ -2,6 +2,7 @@
 // The platform layer: every OS call of the library goes through these functions.
 // Failures return a null handle, false or 0 and leave the code in LastError(), as Win32 does.
 
+#include <kx/rtl/DateTime.h>
 #include <kx/rtl/Strings.h>
 #include <kx/rtl/System.h>
 
@@ -13,6 +14,11 @@ uint32_t TickCount();
 void Sleep(uint32_t Milliseconds);
 // Names the calling OS thread for debuggers and tools, truncated as the OS requires.
 void SetOSThreadName(const AnsiString& Name);
+
+// The clock as Win32's SYSTEMTIME, to the millisecond: local time (on POSIX in the zone TZ
+// names at the moment of the call) and UTC.
+void GetLocalTime(TSystemTime& Time);
+void GetSystemTime(TSystemTime& Time);
 
 // Error codes: Win32 codes on Windows; errno values on POSIX, where failures the library
 // reports with Win32 meaning (code-page conversions) use the Win32 code.

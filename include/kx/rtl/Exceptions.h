@@ -88,6 +88,8 @@ KX_DECLARE_EXCEPTION(EFCreateError, EFileStreamError)
 KX_DECLARE_EXCEPTION(EReadError, EStreamError)
 KX_DECLARE_EXCEPTION(EWriteError, EStreamError)
 KX_DECLARE_EXCEPTION(EZeroDivide, Exception)
+KX_DECLARE_EXCEPTION(EMathError, Exception)
+KX_DECLARE_EXCEPTION(EInvalidOp, EMathError)
 KX_DECLARE_EXCEPTION(EVariantError, Exception)
 KX_DECLARE_EXCEPTION(EInvalidOperation, Exception)
 KX_DECLARE_EXCEPTION(EComponentError, Exception)
@@ -123,6 +125,7 @@ private:
 
 inline constexpr const char* SOSError = "System Error.  Code: %d.\r\n%s";
 inline constexpr const char* SUnkOSError = "A call to an OS function failed";
+inline constexpr const char* SInvalidOp = "Invalid floating point operation";
 inline constexpr const char* SAssertError = "%s (%s, line %d)";
 // The message of an assertion that states only its condition.
 inline constexpr const char* SAssertionFailed = "Assertion failed";

@@ -2,6 +2,7 @@
 // The whole runtime layer.
 
 #include <kx/rtl/Component.h>
+#include <kx/rtl/DateTime.h>
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Files.h>
 #include <kx/rtl/Format.h>
