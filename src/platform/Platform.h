@@ -20,6 +20,24 @@ void SetOSThreadName(const AnsiString& Name);
 void GetLocalTime(TSystemTime& Time);
 void GetSystemTime(TSystemTime& Time);
 
+// A locale's formats as Win32's GetLocaleInfo gives them: date pictures in Win32's letters
+// (d, M, y, g and 'quoted' text), the time style as the flags LOCALE_ITIME (TwelveHour is
+// its 0), LOCALE_ITLZERO and LOCALE_ITIMEMARKPOSN, names with January and Sunday first.
+struct TLocaleFormats {
+  bool HasDates = false;   // the date and time fields and the names were found
+  bool HasNumbers = false; // the number separators were found
+  UnicodeString ShortDate, LongDate, DateSeparator, TimeSeparator, TimeAM, TimePM;
+  bool TwelveHour = false, HourLeadingZero = false, MarkBeforeTime = false;
+  UnicodeString ShortMonths[12], LongMonths[12], ShortDays[7], LongDays[7];
+  UnicodeString Decimal, Thousand, List;
+};
+// Locales 0, 1024 (user default) and 2048 (system default) are the process's own: on POSIX
+// the locale the environment names for the category (LC_ALL, LC_TIME or LC_NUMERIC, LANG),
+// with its data from ICU. A non-empty Name ("de-DE", "de_DE") stands instead of the
+// identifier. False when neither category was found: the C and POSIX locales, and locales the
+// platform does not know.
+bool GetLocaleFormats(uint32_t Locale, const AnsiString& Name, TLocaleFormats& Formats);
+
 // Error codes: Win32 codes on Windows; errno values on POSIX, where failures the library
 // reports with Win32 meaning (code-page conversions) use the Win32 code.
 uint32_t LastError();

@@ -5,7 +5,9 @@
 #include <kx/rtl/DateTime.h>
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Files.h>
+#include <kx/rtl/FloatText.h>
 #include <kx/rtl/Format.h>
+#include <kx/rtl/FormatSettings.h>
 #include <kx/rtl/InterfacedObject.h>
 #include <kx/rtl/Interfaces.h>
 #include <kx/rtl/Lists.h>
