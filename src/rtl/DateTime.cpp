@@ -85,7 +85,7 @@ unsigned IsoDayOfWeek(int64_t Day) {
 
 [[noreturn]] void InvalidDateTime(uint16_t Year, uint16_t Month, uint16_t Day, uint16_t Hour,
                                   uint16_t Min, uint16_t Sec, uint16_t MSec) {
-  throw EConvertError(SInvalidDateTimeValue,
+  throw EConvertError(SInvalidDateTime,
                       {Format("%d/%d/%d %d:%d:%d.%d", {Year, Month, Day, Hour, Min, Sec, MSec})});
 }
 

@@ -58,7 +58,7 @@ inline constexpr double MaxDateTime = 2958465.99999999;
 
 inline constexpr const char* SDateEncodeError = "Invalid argument to date encode";
 inline constexpr const char* STimeEncodeError = "Invalid argument to time encode";
-inline constexpr const char* SInvalidDateTimeValue = "'%s' is not a valid date and time";
+inline constexpr const char* SInvalidDateTime = "'%s' is not a valid date and time";
 
 // A moment as milliseconds since midnight and days since 1 January 0001 plus one.
 struct TTimeStamp {

@@ -3,6 +3,7 @@
 
 #include <kx/rtl/Component.h>
 #include <kx/rtl/DateTime.h>
+#include <kx/rtl/DateTimeText.h>
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Files.h>
 #include <kx/rtl/FloatText.h>
