@@ -104,11 +104,13 @@ TEST(FormatDateTime, NestedFormatsStopAtTheSecondLevel) {
 }
 
 TEST(DateTimeToStr, UsesTheLocaleFormats) {
-  const TFormatSettings De = TFormatSettings::Create("de-DE");
-  EXPECT_EQ(DateToStr(Morning, De), "05.01.2024");
+  TFormatSettings De = TFormatSettings::Create("de-DE");
+  // Wine's German short date has no leading zeros ("d.M.yyyy"); the text follows it.
+  const AnsiString Date = De.ShortDateFormat == "d.M.yyyy" ? "5.1.2024" : "05.01.2024";
+  EXPECT_EQ(DateToStr(Morning, De), Date);
   EXPECT_EQ(TimeToStr(Morning, De), "09:03:07");
-  EXPECT_EQ(DateTimeToStr(Morning, De), "05.01.2024 09:03:07");
-  EXPECT_EQ(DateTimeToStr(EncodeDate(2024, 1, 5), De), "05.01.2024");
+  EXPECT_EQ(DateTimeToStr(Morning, De), Date + " 09:03:07");
+  EXPECT_EQ(DateTimeToStr(EncodeDate(2024, 1, 5), De), Date);
   const TFormatSettings Us = TFormatSettings::Create("en-US");
   EXPECT_EQ(DateToStr(Afternoon, Us), "1/5/2024");
   EXPECT_EQ(TimeToStr(Afternoon, Us), "2:05:00 PM");
