@@ -233,7 +233,8 @@ struct TScanner {
     Blanks();
     size_t I = Pos;
     unsigned N = 0;
-    while (I < S.size() && S[I] >= '0' && S[I] <= '9' && N < 1000) N = N * 10 + unsigned(S[I++] - '0');
+    while (I < S.size() && S[I] >= '0' && S[I] <= '9' && N < 1000)
+      N = N * 10 + unsigned(S[I++] - '0');
     if (I == Pos) return false;
     Digits = unsigned(I - Pos);
     Pos = I;

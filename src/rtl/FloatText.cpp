@@ -131,8 +131,11 @@ AnsiString FloatToStr(double Value, const TFormatSettings& Settings) {
     R.append(1, '0').append(1, Settings.DecimalSeparator).append(size_t(-Point), '0');
     return R.append(Digits);
   }
-  if (int(Digits.size()) <= Point) return R.append(Digits).append(size_t(Point) - Digits.size(), '0');
-  return R.append(Digits, 0, size_t(Point)).append(1, Settings.DecimalSeparator).append(Digits, size_t(Point));
+  if (int(Digits.size()) <= Point)
+    return R.append(Digits).append(size_t(Point) - Digits.size(), '0');
+  return R.append(Digits, 0, size_t(Point))
+      .append(1, Settings.DecimalSeparator)
+      .append(Digits, size_t(Point));
 }
 
 AnsiString FloatToStr(double Value) {

@@ -75,9 +75,8 @@ UnicodeString Fetch(F Get) {
 }
 
 UnicodeString Pattern(const UDateFormat* Format) {
-  return Fetch([&](UChar* B, int32_t N, UErrorCode* S) {
-    return udat_toPattern(Format, false, B, N, S);
-  });
+  return Fetch(
+      [&](UChar* B, int32_t N, UErrorCode* S) { return udat_toPattern(Format, false, B, N, S); });
 }
 
 UnicodeString Symbol(const UDateFormat* Format, UDateFormatSymbolType Type, int32_t Index) {
@@ -156,12 +155,12 @@ UnicodeString SeparatorOf(const UnicodeString& P, char16_t Default) {
 
 void ReadDates(const TIcuName& Name, TLocaleFormats& F) {
   UErrorCode Status = U_ZERO_ERROR;
-  UDateFormat* Short = udat_open(UDAT_NONE, UDAT_SHORT, Name.c_str(), nullptr, 0, nullptr, 0,
-                                 &Status);
-  UDateFormat* Full = udat_open(UDAT_NONE, UDAT_FULL, Name.c_str(), nullptr, 0, nullptr, 0,
-                                &Status);
-  UDateFormat* Time = udat_open(UDAT_SHORT, UDAT_NONE, Name.c_str(), nullptr, 0, nullptr, 0,
-                                &Status);
+  UDateFormat* Short =
+      udat_open(UDAT_NONE, UDAT_SHORT, Name.c_str(), nullptr, 0, nullptr, 0, &Status);
+  UDateFormat* Full =
+      udat_open(UDAT_NONE, UDAT_FULL, Name.c_str(), nullptr, 0, nullptr, 0, &Status);
+  UDateFormat* Time =
+      udat_open(UDAT_SHORT, UDAT_NONE, Name.c_str(), nullptr, 0, nullptr, 0, &Status);
   if (U_SUCCESS(Status) && Known(Name, udat_getLocaleByType(Short, ULOC_ACTUAL_LOCALE, &Status))) {
     const UnicodeString ShortPattern = Pattern(Short);
     F.ShortDate = WindowsDatePicture(ShortPattern);
