@@ -107,6 +107,16 @@ TDateTime AddMonths(TDateTime Value, int64_t NumberOfMonths) {
   return Result;
 }
 
+struct TYmd {
+  uint16_t Year, Month, Day;
+};
+
+TYmd Ymd(TDateTime Value) {
+  TYmd R;
+  DecodeDate(Value, R.Year, R.Month, R.Day);
+  return R;
+}
+
 TDateTime AddDays(TDateTime Value, int64_t NumberOfDays) {
   const TSplit S = Split(Value);
   return Join(S.Day + NumberOfDays, S.MSec);
@@ -289,9 +299,8 @@ uint16_t DaysInAYear(uint16_t Year) {
 }
 
 uint16_t DaysInMonth(TDateTime Value) {
-  uint16_t Y, M, D;
-  DecodeDate(Value, Y, M, D);
-  return DaysInAMonth(Y, M);
+  const TYmd D = Ymd(Value);
+  return DaysInAMonth(D.Year, D.Month);
 }
 
 uint16_t DaysInYear(TDateTime Value) {
@@ -357,21 +366,15 @@ TDateTime EncodeDateWeek(uint16_t Year, uint16_t Week, uint16_t DayOfWeek) {
 }
 
 uint16_t YearOf(TDateTime Value) {
-  uint16_t Y, M, D;
-  DecodeDate(Value, Y, M, D);
-  return Y;
+  return Ymd(Value).Year;
 }
 
 uint16_t MonthOf(TDateTime Value) {
-  uint16_t Y, M, D;
-  DecodeDate(Value, Y, M, D);
-  return M;
+  return Ymd(Value).Month;
 }
 
 uint16_t DayOf(TDateTime Value) {
-  uint16_t Y, M, D;
-  DecodeDate(Value, Y, M, D);
-  return D;
+  return Ymd(Value).Day;
 }
 
 TDateTime DateOf(TDateTime Value) {
@@ -392,15 +395,13 @@ TDateTime EndOfTheYear(TDateTime Value) {
 }
 
 TDateTime StartOfTheMonth(TDateTime Value) {
-  uint16_t Y, M, D;
-  DecodeDate(Value, Y, M, D);
-  return EncodeDate(Y, M, 1);
+  const TYmd D = Ymd(Value);
+  return EncodeDate(D.Year, D.Month, 1);
 }
 
 TDateTime EndOfTheMonth(TDateTime Value) {
-  uint16_t Y, M, D;
-  DecodeDate(Value, Y, M, D);
-  return EncodeDateTime(Y, M, DaysInAMonth(Y, M), 23, 59, 59, 999);
+  const TYmd D = Ymd(Value);
+  return EncodeDateTime(D.Year, D.Month, DaysInAMonth(D.Year, D.Month), 23, 59, 59, 999);
 }
 
 TDateTime StartOfTheWeek(TDateTime Value) {
