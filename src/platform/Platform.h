@@ -20,6 +20,19 @@ void SetOSThreadName(const AnsiString& Name);
 void GetLocalTime(TSystemTime& Time);
 void GetSystemTime(TSystemTime& Time);
 
+// The time zone as Win32's GetTimeZoneInformation gives it: biases in minutes, UTC = local +
+// bias. The result is 0 for a zone without daylight saving, 1 in standard time, 2 in daylight
+// time, and 0xFFFFFFFF on failure (the biases are then 0). POSIX reads the zone TZ names at the
+// moment of the call (localtime_r): Bias is the standard offset, DaylightBias the difference of
+// the daylight offset, found half a year away from now when that is the zone's other half.
+struct TTimeZoneBias {
+  int32_t Bias = 0;
+  int32_t StandardBias = 0;
+  int32_t DaylightBias = 0;
+};
+inline constexpr uint32_t TIME_ZONE_ID_INVALID_ = 0xFFFFFFFF;
+uint32_t GetTimeZoneInformation(TTimeZoneBias& Zone);
+
 // A locale's formats as Win32's GetLocaleInfo gives them: date pictures in Win32's letters
 // (d, M, y, g and 'quoted' text), the time style as the flags LOCALE_ITIME (TwelveHour is
 // its 0), LOCALE_ITLZERO and LOCALE_ITIMEMARKPOSN, names with January and Sunday first.

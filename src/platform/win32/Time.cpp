@@ -21,4 +21,17 @@ void GetSystemTime(TSystemTime& Time) {
   std::memcpy(&Time, &T, sizeof T);
 }
 
+uint32_t GetTimeZoneInformation(TTimeZoneBias& Zone) {
+  TIME_ZONE_INFORMATION Info{};
+  const DWORD Result = ::GetTimeZoneInformation(&Info);
+  if (Result == TIME_ZONE_ID_INVALID) {
+    Zone = {};
+    return TIME_ZONE_ID_INVALID_;
+  }
+  Zone.Bias = Info.Bias;
+  Zone.StandardBias = Info.StandardBias;
+  Zone.DaylightBias = Info.DaylightBias;
+  return Result;
+}
+
 } // namespace kx::platform
