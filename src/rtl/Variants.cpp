@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Variant storage, conversions, comparison and one-dimensional arrays.
+#include <kx/rtl/DateTimeText.h>
 #include <kx/rtl/SysUtils.h>
 #include <kx/rtl/Variants.h>
 
@@ -465,8 +466,11 @@ double Variant::ToDateTime() const {
   case varDate:
     return FData.Double;
   case varString:
-  case varOleStr:
-    CastError(FVType, varDate);
+  case varOleStr: {
+    TDateTime Value;
+    if (!TryStrToDateTime(TextOf(*this), Value)) CastError(FVType, varDate);
+    return Value;
+  }
   default:
     try {
       return ToDouble();
@@ -490,6 +494,8 @@ AnsiString Variant::ToAnsiString() const {
     return RealToText(FData.Double, 15);
   case varCurrency:
     return CurrencyToText(FData.Currency);
+  case varDate:
+    return DateTimeToStr(FData.Double);
   case varBoolean:
     return FData.Boolean ? "True" : "False";
   case varLongWord:

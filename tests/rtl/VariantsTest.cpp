@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Variant: type codes, copies, conversions by the runtime's rules, equality and arrays.
+#include <kx/rtl/DateTimeText.h>
 #include <kx/rtl/InterfacedObject.h>
 #include <kx/rtl/Variants.h>
 
@@ -211,6 +212,31 @@ TEST(VariantConversion, Text) {
   EXPECT_EQ(MessageOf<EVariantTypeCastError>([] { (void)VarToStr(VarAsError(1)); }),
             "Could not convert variant of type (Error) into type (String)");
   EXPECT_THROW(VarToWideStr(VarArrayOf({1})), EVariantTypeCastError);
+}
+
+TEST(VariantConversion, DatesAsTextFollowTheProcessFormatSettings) {
+  TFormatSettings& FS = FormatSettings();
+  const TFormatSettings Saved = FS;
+  FS.ShortDateFormat = "dd.mm.yyyy";
+  FS.DateSeparator = '.';
+  FS.LongTimeFormat = "hh:nn:ss";
+  FS.TimeSeparator = ':';
+  const TDateTime Noon = EncodeDate(2024, 2, 29) + EncodeTime(12, 30, 0, 0);
+  EXPECT_EQ(VarType(Variant(Noon)), varDate);
+  EXPECT_EQ(VarType(Variant(TDate(EncodeDate(2024, 2, 29)))), varDate);
+  EXPECT_EQ(VarToStr(Variant(Noon)), "29.02.2024 12:30:00");
+  EXPECT_EQ(VarToStr(Variant(TDate(EncodeDate(2024, 2, 29)))), "29.02.2024");
+  EXPECT_DOUBLE_EQ(VarToDateTime(Variant("29.02.2024 12:30")), double(Noon));
+  EXPECT_DOUBLE_EQ(VarToDateTime(Variant(u"29.02.2024")), double(EncodeDate(2024, 2, 29)));
+  EXPECT_EQ(MessageOf<EVariantTypeCastError>([] { (void)VarToDateTime(Variant("30.02.2024")); }),
+            "Could not convert variant of type (String) into type (Date)");
+  // "=" of a date and a text meets as dates.
+  EXPECT_TRUE(Variant(Noon) == Variant("29.02.2024 12:30"));
+  FS.ShortDateFormat = "MM/dd/yyyy";
+  FS.DateSeparator = '/';
+  EXPECT_EQ(VarToStr(Variant(Noon)), "02/29/2024 12:30:00");
+  EXPECT_THROW(VarToDateTime(Variant("29.02.2024")), EVariantTypeCastError);
+  FS = Saved;
 }
 
 TEST(VariantConversion, VarAsTypeMakesTheRequestedType) {

@@ -12,6 +12,7 @@
 // written at global scope, after the type. There is no general reflection: published
 // properties stay TPersistent's hook.
 
+#include <kx/rtl/DateTime.h>
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Object.h>
 #include <kx/rtl/Strings.h>
@@ -89,6 +90,7 @@ using Extended = long double;
 using TStringDynArray = std::vector<AnsiString>;
 using TIntegerDynArray = std::vector<int32_t>;
 using TBooleanDynArray = std::vector<bool>;
+using TDateTimeDynArray = std::vector<TDateTime>;
 
 // Where TypeInfo<T> finds the record of types that are neither classes nor integers;
 // specialised by the macros above and by the library for its own types.
@@ -196,6 +198,14 @@ template <>
 struct TTypeInfoOf<TIntegerDynArray> : detail::TBuiltinTypeInfo<detail::btTIntegerDynArray> {};
 template <>
 struct TTypeInfoOf<TBooleanDynArray> : detail::TBuiltinTypeInfo<detail::btTBooleanDynArray> {};
+template <>
+struct TTypeInfoOf<TDateTimeDynArray> : detail::TBuiltinTypeInfo<detail::btTDateTimeDynArray> {};
+template <>
+struct TTypeInfoOf<TDateTime> : detail::TBuiltinTypeInfo<detail::btTDateTime> {};
+template <>
+struct TTypeInfoOf<TDate> : detail::TBuiltinTypeInfo<detail::btTDate> {};
+template <>
+struct TTypeInfoOf<TTime> : detail::TBuiltinTypeInfo<detail::btTTime> {};
 
 // The record of T: integers by width and sign (Byte, Word, Cardinal, UInt64, ShortInt,
 // SmallInt, Integer, Int64), classes and exceptions through their class reference, every

@@ -5,6 +5,7 @@
 // Scalars and strings up to the standard library's short-string size live in the variant
 // itself, so they never touch the heap. Arrays have one dimension with any low bound.
 
+#include <kx/rtl/DateTime.h>
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Interfaces.h>
 #include <kx/rtl/Strings.h>
@@ -169,6 +170,8 @@ public:
     FData.Double = static_cast<double>(Value);
   }
   Variant(Currency Value) noexcept : FVType(varCurrency) { FData.Currency = Value.Scaled(); }
+  // Date-time values (TDate, TTime and the other kinds too) are varDate.
+  Variant(TDateTime Value) noexcept : FVType(varDate) { FData.Double = Value; }
   // A character is a one-character string, as it is when assigned to a variant.
   Variant(AnsiChar Value) : Variant(AnsiString(1, Value)) {}
   Variant(WideChar Value) : Variant(UnicodeString(1, Value)) {}
@@ -331,7 +334,8 @@ inline bool VarIsStr(const Variant& V) noexcept {
 // The type's name in messages: "Integer", "String", "Array Variant", ...
 KX_API AnsiString VarTypeAsText(TVarType VarType);
 
-// Text of the value; Null gives the empty text where a plain conversion raises.
+// Text of the value; Null gives the empty text where a plain conversion raises. Dates are
+// written by DateTimeToStr and read by StrToDateTime with the process's format settings.
 KX_API AnsiString VarToStr(const Variant& V);
 KX_API UnicodeString VarToWideStr(const Variant& V);
 KX_API double VarToDateTime(const Variant& V);
