@@ -109,6 +109,17 @@ bool KxSameGuid(const TGUID& A, const TGUID& B) {
   return A.D1 == B.D1 && A.D2 == B.D2 && A.D3 == B.D3 && std::memcmp(A.D4, B.D4, 8) == 0;
 }
 
+bool KxSameVar(const Variant& A, const Variant& B) {
+  return VarType(A) == VarType(B) && A == B;
+}
+
+bool KxSameArray(const Variant& A, const Variant& B) {
+  const int32_t High = VarArrayHighBound(A, 1);
+  for (int64_t I = VarArrayLowBound(A, 1); I <= High; ++I)
+    if (!(VarArrayGet(A, int32_t(I)) == VarArrayGet(B, int32_t(I)))) return false;
+  return true;
+}
+
 bool KxStrInSet(const AnsiString& S, std::span<const AnsiString> Values) {
   for (const AnsiString& V : Values)
     if (V == S) return true;

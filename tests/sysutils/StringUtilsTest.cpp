@@ -280,4 +280,43 @@ TEST(StringUtilsIf, PicksByCondition) {
   EXPECT_EQ(KxIf(true, 1, 2), 1);
   EXPECT_EQ(KxIf(false, 1.5, 2.5), 2.5);
   EXPECT_EQ(KxIf(false, true, false), false);
+  // The variant form copies the chosen variant, array included.
+  Variant Arr = VarArrayOf({1, "two"});
+  Variant Picked = KxIf(true, Arr, Variant());
+  VarArrayPut(Arr, Variant(9), 0);
+  EXPECT_EQ(VarType(Picked), varArray | varVariant);
+  EXPECT_EQ(int32_t(VarArrayGet(Picked, 0)), 1);
+  EXPECT_TRUE(VarIsNull(KxIf(false, Variant(1), Null())));
+}
+
+TEST(StringUtilsCompare, SameVarNeedsTheSameTypeCode) {
+  EXPECT_TRUE(KxSameVar(Variant(1), Variant(1)));
+  EXPECT_FALSE(KxSameVar(Variant(1), Variant(1.0))); // equal by "=", different codes
+  EXPECT_TRUE(Variant(1) == Variant(1.0));
+  EXPECT_FALSE(KxSameVar(Variant(int16_t(1)), Variant(1)));
+  EXPECT_FALSE(KxSameVar(Variant("a"), Variant(u"a")));
+  EXPECT_TRUE(KxSameVar(Variant("abc"), Variant("abc")));
+  EXPECT_FALSE(KxSameVar(Variant("abc"), Variant("ABC")));
+  EXPECT_TRUE(KxSameVar(Variant(), Variant()));
+  EXPECT_TRUE(KxSameVar(Null(), Null()));
+  EXPECT_FALSE(KxSameVar(Null(), Variant()));
+  EXPECT_THROW(KxSameVar(VarArrayOf({1}), VarArrayOf({1})), EVariantInvalidOpError);
+}
+
+TEST(StringUtilsCompare, SameArrayWalksTheFirstArraysBounds) {
+  EXPECT_TRUE(KxSameArray(VarArrayOf({1, "x", 2.5}), VarArrayOf({1, "x", 2.5})));
+  // Element "=" meets values in a common type: 1 and "1" are the same here.
+  EXPECT_TRUE(KxSameArray(VarArrayOf({1}), VarArrayOf({"1"})));
+  EXPECT_FALSE(KxSameArray(VarArrayOf({1, 2}), VarArrayOf({1, 3})));
+  // B may be longer; a shorter B is indexed past its end.
+  EXPECT_TRUE(KxSameArray(VarArrayOf({1}), VarArrayOf({1, 2})));
+  EXPECT_THROW(KxSameArray(VarArrayOf({1, 2}), VarArrayOf({1})), EVariantBadIndexError);
+  // The walk stops at the first difference, before the missing element.
+  EXPECT_FALSE(KxSameArray(VarArrayOf({0, 2}), VarArrayOf({1})));
+  // An empty A is the same as anything, even a variant that is no array.
+  EXPECT_TRUE(KxSameArray(VarArrayCreate({0, -1}, varInteger), Variant(5)));
+  // Bounds of A, not positions: an array from 5 to 6 against one from 0.
+  Variant Shifted = VarArrayCreate({5, 6}, varInteger);
+  EXPECT_THROW(KxSameArray(Shifted, VarArrayOf({0, 0})), EVariantBadIndexError);
+  EXPECT_THROW(KxSameArray(Variant(1), VarArrayOf({1})), EVariantNotAnArrayError);
 }

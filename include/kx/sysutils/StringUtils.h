@@ -9,6 +9,7 @@
 #include <kx/rtl/Interfaces.h>
 #include <kx/rtl/StringList.h>
 #include <kx/rtl/SysUtils.h>
+#include <kx/rtl/Variants.h>
 
 #include <concepts>
 #include <initializer_list>
@@ -44,6 +45,13 @@ KX_API bool KxSameTrimmedText(const AnsiString& A, const AnsiString& B);
 KX_API bool KxContainsText(const AnsiString& SubText, const AnsiString& Text);
 KX_API bool KxContainsText(const UnicodeString& SubText, const UnicodeString& Text);
 KX_API bool KxSameGuid(const TGUID& A, const TGUID& B);
+// Same type code and equal by the runtime's variant "=" (which raises for arrays and
+// interfaces): 1 and 1.0 are not the same.
+KX_API bool KxSameVar(const Variant& A, const Variant& B);
+// The elements of A's bounds compared pairwise with the variant "=", stopping at the first
+// difference; B's bounds are not checked (an index B lacks raises EVariantBadIndexError). An
+// empty A is the same as anything.
+KX_API bool KxSameArray(const Variant& A, const Variant& B);
 // Whether S equals one of Values exactly (byte-wise).
 KX_API bool KxStrInSet(const AnsiString& S, std::span<const AnsiString> Values);
 inline bool KxStrInSet(const AnsiString& S, std::initializer_list<AnsiString> Values) {
@@ -141,6 +149,12 @@ inline double KxIf(bool Condition, double TrueValue, double FalseValue) {
 // Boolean values only: a string literal must not convert to bool and land here.
 template <std::same_as<bool> B>
 B KxIf(bool Condition, B TrueValue, B FalseValue) {
+  return Condition ? TrueValue : FalseValue;
+}
+// Variants only (a copy of the chosen one): values that convert to a variant keep their own
+// overloads above.
+template <std::same_as<Variant> V>
+V KxIf(bool Condition, const V& TrueValue, const V& FalseValue) {
   return Condition ? TrueValue : FalseValue;
 }
 
