@@ -230,6 +230,23 @@ void TKxStringStream::SetWString(const UnicodeString& W) {
   SetPosition(0);
 }
 
+Variant TKxStringStream::GetValue() {
+  return Variant(GetWString());
+}
+
+void TKxStringStream::SetValue(const Variant& V) {
+  switch (VarType(V)) {
+  case varOleStr:
+    SetWString(V.VOleStr());
+    break;
+  case varString:
+    SetWString(AnsiToUnicode(V.VString()));
+    break;
+  default:
+    throw Exception(SUnsupportedVarType, {int32_t(VarType(V))});
+  }
+}
+
 void TKxStringStream::SetAsUTF8(const UTF8String& S) {
   Clear();
   if (FCodePage == 65001) {

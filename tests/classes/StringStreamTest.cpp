@@ -178,6 +178,34 @@ TEST(StringStream, ContentAsTextWhereverThePositionIs) {
   EXPECT_EQ(S->Position(), 3);
 }
 
+TEST(StringStream, ValueAccessorsCarryTheTextAsAVariant) {
+  TSystemCodePage System(1252);
+  TOwned S(TKxStringStream::Create(uint16_t(65001), 16));
+  S->SetValue(Variant(u"\u20AC1"));
+  EXPECT_EQ(Content(S), "\xE2\x82\xAC"
+                        "1");
+  EXPECT_EQ(S->Position(), 0);
+  // 8-bit text is system-code-page text.
+  S->SetValue(Variant(AnsiString("\x80x")));
+  EXPECT_EQ(Content(S), "\xE2\x82\xAC"
+                        "x");
+  Variant V = S->GetValue();
+  EXPECT_EQ(VarType(V), varOleStr);
+  EXPECT_EQ(V.VOleStr(), u"\u20ACx");
+
+  for (const Variant& Wrong : {Variant(12), Variant(), Null(), VarArrayOf({"a"})}) {
+    try {
+      S->SetValue(Wrong);
+      ADD_FAILURE() << "no exception for type " << VarType(Wrong);
+    } catch (const Exception& E) {
+      EXPECT_EQ(E.ClassType(), Exception::ClassInfo());
+      EXPECT_EQ(E.Message(), "Unsupported type " + std::to_string(VarType(Wrong)) + "!");
+    }
+  }
+  EXPECT_EQ(Content(S), "\xE2\x82\xAC"
+                        "x"); // untouched by the refusals
+}
+
 TEST(StringStream, SettingContentEmptiesWritesAndRewinds) {
   TSystemCodePage System(1252);
   TOwned S(TKxStringStream::Create("something long", uint16_t(1252)));

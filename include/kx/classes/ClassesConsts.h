@@ -17,5 +17,7 @@ inline constexpr const char* SUnsupportedStreamEncoding =
     "The stream contains text in an unsupported encoding!";
 inline constexpr const char* SEncodingNotSupportedByMethod =
     "The specified encoding is not supported by this method!";
+// A variant whose type holds no text, given to a string stream.
+inline constexpr const char* SUnsupportedVarType = "Unsupported type %d!";
 
 } // namespace kx

@@ -3,6 +3,7 @@
 // text, converting it to that code page.
 
 #include <kx/classes/MemoryStream.h>
+#include <kx/rtl/Variants.h>
 
 namespace kx {
 
@@ -61,6 +62,11 @@ public:
   void SetWString(const UnicodeString& W);
   void SetAsString(const UnicodeString& W) { SetWString(W); }
   void SetAsUTF8(const UTF8String& S);
+  // A varOleStr of GetWString.
+  Variant GetValue();
+  // varOleStr text as it is, varString text from the system code page; any other type raises
+  // "Unsupported type %d!" with the type code.
+  void SetValue(const Variant& V);
 
   // From the position; at the end the character 0 (the position stays) or an empty string.
   WideChar ReadWChar();
