@@ -11,6 +11,7 @@ void uKxSysUtils_Initialize();
 void uKxSysUtils_Finalize();
 void uKxThreads_Initialize();
 void uKxThreads_Finalize();
+void uKxTypes_Finalize();
 void uKxWindows_Initialize();
 void uKxWindows_Finalize();
 
