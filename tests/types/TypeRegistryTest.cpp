@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <kx/classes/Object.h>
+#include <kx/uKxDateTimeUtils.h>
 #include <kx/uKxTypes.h>
 
 #include <gtest/gtest.h>
@@ -118,6 +119,8 @@ TEST_F(Registry, DefaultTableInOrder) {
   EXPECT_EQ(Types->GetTypeInfo(TypeInfo<int32_t>())->Name(), "Integer");
   EXPECT_EQ(Types->GetTypeInfo(TypeInfo<uint64_t>())->Kind(), rtkUInt64);
   EXPECT_EQ(Types->GetTypeInfo(TypeInfo<TDate>())->SchemaName(), "date");
+  EXPECT_EQ(Types->GetTypeInfo(TypeInfo<TKxUTCDateTime>())->Name(), "TKxUTCDateTime");
+  EXPECT_EQ(Types->GetTypeInfo(TypeInfo<TKxUTCTime>())->Kind(), rtkTime);
   EXPECT_EQ(Types->GetTypeInfo(TypeInfo<TDateTimeDynArray>())->SchemaName(), "ArrayOfDateTime");
   // Buckets are searched in run-time kind order, each oldest first: "string" is Char (the
   // char bucket comes before the long strings), "boolean" Boolean, "date" TDate before

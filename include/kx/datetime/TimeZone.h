@@ -6,6 +6,7 @@
 // Windows asks GetTimeZoneInformation; elsewhere the zone is the one TZ names (localtime_r).
 
 #include <kx/rtl/DateTime.h>
+#include <kx/rtl/TypInfo.h>
 
 namespace kx {
 
@@ -13,6 +14,14 @@ namespace kx {
 KX_DATETIME_KIND(TKxUTCDate)
 KX_DATETIME_KIND(TKxUTCTime)
 KX_DATETIME_KIND(TKxUTCDateTime)
+
+// Their type information is the library's, as for the language's date-time types.
+template <>
+struct TTypeInfoOf<TKxUTCDate> : detail::TBuiltinTypeInfo<detail::btTKxUTCDate> {};
+template <>
+struct TTypeInfoOf<TKxUTCTime> : detail::TBuiltinTypeInfo<detail::btTKxUTCTime> {};
+template <>
+struct TTypeInfoOf<TKxUTCDateTime> : detail::TBuiltinTypeInfo<detail::btTKxUTCDateTime> {};
 
 KX_API TKxUTCDateTime KxLocalToUTC(TDateTime DT);
 KX_API TDateTime KxUTCToLocal(TDateTime DT);
