@@ -43,4 +43,22 @@ void KxFinalize() {
     if (It->Finalize) It->Finalize();
 }
 
+namespace detail {
+
+namespace {
+struct TPackageEntry {
+  TPackageEntry() { KxInitialize(); }
+  ~TPackageEntry() { KxFinalize(); }
+};
+} // namespace
+
+int KxStartPackage() {
+  // Made on the first call and destroyed with the module's other statics, in reverse order
+  // of construction: after those of the program that started it first.
+  static TPackageEntry Entry;
+  return 1;
+}
+
+} // namespace detail
+
 } // namespace kx

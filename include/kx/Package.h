@@ -11,4 +11,11 @@ KX_API void KxInitialize();
 // Runs the finalisation steps in reverse order (only the call that balances the first).
 KX_API void KxFinalize();
 
+namespace detail {
+// Starts the package once, the first time it is called, and shuts it down when the module
+// ends. The shared library calls it when it is loaded; a static library from every program
+// that includes its headers (see kx/KxExport.h).
+int KxStartPackage();
+} // namespace detail
+
 } // namespace kx

@@ -1,9 +1,7 @@
-// Runs the package's start-up when the shared object is loaded and shut-down when unloaded.
+// Runs the package's start-up when the shared object is loaded; shut-down follows when it is
+// unloaded or the process ends.
 #include <kx/Package.h>
 
 namespace {
-struct TModuleEntry {
-  TModuleEntry() { kx::KxInitialize(); }
-  ~TModuleEntry() { kx::KxFinalize(); }
-} ModuleEntry;
+[[maybe_unused]] const int Started = kx::detail::KxStartPackage();
 } // namespace
