@@ -1,58 +1,81 @@
-# Front door for the build; every target installs what is missing first.
+# Front door for the build; every target first installs the packages it needs that are missing.
 GEN      := -G Ninja
+# Our own builds treat warnings as errors; consumers of the library do not get -Werror.
+OWN      := -DKX_WERROR=ON
+RELEASE  := build/release
 LINUX    := build/linux
 WIN64    := build/win64
 WIN32    := build/win32
 BENCH    := build/bench
 TSAN     := build/tsan
+PREFIX   ?= /usr/local
+DEPS     := scripts/install-deps.sh
 
-.PHONY: all deps test test-linux test-windows test-tsan build-win32 bench format format-check clean
+.PHONY: all release install consumer test test-linux test-windows test-tsan build-win32 bench \
+        format format-check clean
 
-all: deps
-	cmake -S . -B build/release $(GEN) -DCMAKE_BUILD_TYPE=Release
-	cmake --build build/release
+# The Linux library and tools in Release, with only the Linux build dependencies.
+all: release
 
-deps:
-	@scripts/install-deps.sh
+release:
+	@$(DEPS) build
+	cmake -S . -B $(RELEASE) $(GEN) -DCMAKE_BUILD_TYPE=Release $(OWN) -DKX_BUILD_TESTS=OFF
+	cmake --build $(RELEASE)
+
+# Installs the Release library, its headers, the CMake package and kxcommon.pc under PREFIX.
+install: release
+	cmake --install $(RELEASE) --prefix $(PREFIX)
+
+# Builds tests/consumer against installed kxcommon packages (shared, static), as a user would.
+consumer: release
+	scripts/check-consumer.sh $(RELEASE)
 
 test: test-linux test-windows test-tsan
 
-test-linux: deps
-	cmake -S . -B $(LINUX) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_SANITIZE=ON
+test-linux:
+	@$(DEPS) build test
+	cmake -S . -B $(LINUX) $(GEN) -DCMAKE_BUILD_TYPE=Debug $(OWN) -DKX_SANITIZE=ON
 	cmake --build $(LINUX)
 	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  scripts/run-tests.sh $(LINUX) linux-x86_64
 
-test-windows: deps
-	cmake -S . -B $(WIN64) $(GEN) -DCMAKE_BUILD_TYPE=Debug \
+test-windows:
+	@$(DEPS) build test windows
+	cmake -S . -B $(WIN64) $(GEN) -DCMAKE_BUILD_TYPE=Debug $(OWN) \
 	  -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-x86_64.cmake
 	cmake --build $(WIN64)
 	scripts/run-tests.sh $(WIN64) windows-x86_64 wine
 	$(MAKE) build-win32
 
 # The thread tests and the lock stress programs under ThreadSanitizer, built with clang.
-test-tsan: deps
-	CC=clang CXX=clang++ cmake -S . -B $(TSAN) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_TSAN=ON \
+test-tsan:
+	@$(DEPS) build test tsan
+	CC=clang CXX=clang++ cmake -S . -B $(TSAN) $(GEN) -DCMAKE_BUILD_TYPE=Debug $(OWN) -DKX_TSAN=ON \
 	  -DKX_TEST_AREAS="threads;stress"
 	cmake --build $(TSAN)
 	TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
 	  scripts/run-tests.sh $(TSAN) linux-x86_64-tsan
 
-build-win32: deps
-	cmake -S . -B $(WIN32) $(GEN) -DCMAKE_BUILD_TYPE=Debug \
+build-win32:
+	@$(DEPS) build test windows
+	cmake -S . -B $(WIN32) $(GEN) -DCMAKE_BUILD_TYPE=Debug $(OWN) \
 	  -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-i686.cmake
 	cmake --build $(WIN32)
 	@echo "i686 build linked (32-bit Wine is not installable here, so its tests are not run)"
 
-bench: deps
-	cmake -S . -B $(BENCH) $(GEN) -DCMAKE_BUILD_TYPE=Release -DKX_BUILD_TESTS=OFF -DKX_BUILD_BENCH=ON
+bench:
+	@$(DEPS) build bench
+	cmake -S . -B $(BENCH) $(GEN) -DCMAKE_BUILD_TYPE=Release $(OWN) -DKX_BUILD_TESTS=OFF \
+	  -DKX_BUILD_BENCH=ON
 	cmake --build $(BENCH)
 	$(BENCH)/bin/kx_bench
 
 format:
+	@$(DEPS) format
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
 format-check:
+	@$(DEPS) format
 	git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
 
 clean:
