@@ -16,33 +16,37 @@ bool TKxComponent::GetInterface(const TGUID& IID, void** Obj) {
 }
 
 int32_t KX_STDCALL TKxComponent::_AddRef() {
-  int32_t Count = ++FRefCount;
-  if (FAutoDestroy == kadComputed && !Owner()) FAutoDestroy = kadTrue;
+  int32_t Count = FRefCount.fetch_add(1, std::memory_order_relaxed) + 1;
+  TKxAutoDestroy Undecided = kadComputed;
+  if (FAutoDestroy.load(std::memory_order_relaxed) == kadComputed && !Owner())
+    FAutoDestroy.compare_exchange_strong(Undecided, kadTrue, std::memory_order_relaxed);
   return Count;
 }
 
 int32_t KX_STDCALL TKxComponent::_Release() {
-  int32_t Count = --FRefCount;
+  // Read before the decrement, after which another thread may have freed the component.
   // No destroying guard here, unlike TKxObject.
-  if (FAutoDestroy == kadTrue && Count == 0) Free();
+  const bool AutoDestroy = FAutoDestroy.load(std::memory_order_relaxed) == kadTrue;
+  int32_t Count = FRefCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
+  if (AutoDestroy && Count == 0) Free();
   return Count;
 }
 
 bool KX_STDCALL TKxComponent::GetAutoDestroy() {
-  return FAutoDestroy == kadTrue;
+  return FAutoDestroy.load(std::memory_order_relaxed) == kadTrue;
 }
 
 void KX_STDCALL TKxComponent::SetAutoDestroy(bool Value) {
-  FAutoDestroy = Value ? kadTrue : kadFalse;
+  FAutoDestroy.store(Value ? kadTrue : kadFalse, std::memory_order_relaxed);
 }
 
 void TKxComponent::AfterConstruction() {
   TComponent::AfterConstruction();
-  --FRefCount;
+  FRefCount.fetch_sub(1, std::memory_order_release);
 }
 
 void TKxComponent::BeforeDestruction() {
-  if (FRefCount.load() != 0)
+  if (FRefCount.load(std::memory_order_acquire) != 0)
     throw Exception(Format(SKxComponentRefCountNotZero, {ClassName(), Name()}));
   TComponent::BeforeDestruction();
 }

@@ -31,11 +31,11 @@ public:
   void BeforeDestruction() override;
 
   int32_t RefCount() const { return FRefCount.load(std::memory_order_acquire); }
-  TKxAutoDestroy AutoDestroy() const { return FAutoDestroy; }
+  TKxAutoDestroy AutoDestroy() const { return FAutoDestroy.load(std::memory_order_relaxed); }
 
 protected:
   std::atomic<int32_t> FRefCount{1};
-  TKxAutoDestroy FAutoDestroy = kadComputed;
+  std::atomic<TKxAutoDestroy> FAutoDestroy{kadComputed};
 };
 
 } // namespace kx

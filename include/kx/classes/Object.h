@@ -33,13 +33,15 @@ public:
   void BeforeDestruction() override;
 
   int32_t RefCount() const { return FRefCount.load(std::memory_order_acquire); }
-  TKxAutoDestroy AutoDestroy() const { return FAutoDestroy; }
-  bool Destroying() const { return FDestroying; }
+  TKxAutoDestroy AutoDestroy() const { return FAutoDestroy.load(std::memory_order_relaxed); }
+  bool Destroying() const { return FDestroying.load(std::memory_order_relaxed); }
 
 protected:
+  // Atomic, as the count is: references are taken and dropped from any thread, and the first
+  // of them settles FAutoDestroy.
   std::atomic<int32_t> FRefCount{1};
-  TKxAutoDestroy FAutoDestroy = kadComputed;
-  bool FDestroying = false;
+  std::atomic<TKxAutoDestroy> FAutoDestroy{kadComputed};
+  std::atomic<bool> FDestroying{false};
 
   friend class TKxObjectEx;
 };
