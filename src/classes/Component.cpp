@@ -45,10 +45,9 @@ void TKxComponent::AfterConstruction() {
   FRefCount.fetch_sub(1, std::memory_order_release);
 }
 
-void TKxComponent::BeforeDestruction() {
+void TKxComponent::ValidateDestruction() {
   if (FRefCount.load(std::memory_order_acquire) != 0)
     throw Exception(Format(SKxComponentRefCountNotZero, {ClassName(), Name()}));
-  TComponent::BeforeDestruction();
 }
 
 } // namespace kx

@@ -22,8 +22,20 @@ TComponent::TComponent(TComponent* AOwner) {
 }
 
 void TComponent::BeforeDestruction() {
-  if (!FComponentState.Contains(csDestroying)) Destroying();
+  if (FComponentState.Contains(csDestroying)) {
+    // Freed by its owner, which asked the whole tree already; asked again in case a
+    // destructor that ran since took a reference.
+    ValidateDestruction();
+  } else {
+    ValidateTreeDestruction();
+    Destroying();
+  }
   TPersistent::BeforeDestruction();
+}
+
+void TComponent::ValidateTreeDestruction() {
+  ValidateDestruction();
+  for (int32_t I = 0; I < ComponentCount(); ++I) Components(I)->ValidateTreeDestruction();
 }
 
 TComponent::~TComponent() {

@@ -192,6 +192,34 @@ TEST(KxComponent, FreeWithLiveReferenceNamesTheComponent) {
   C->Free();
 }
 
+TEST(KxComponent, FreeingTheOwnerOfAReferencedComponentRaisesToTheCaller) {
+  Destroyed = 0;
+  TComponent* Owner = TComponent::Create(nullptr);
+  TComponent* Middle = TComponent::Create(Owner);
+  auto* Leaf = TProbeComponent::Create(Middle);
+  Leaf->SetName("Leaf");
+  IPtr<IKxComponent> Ref(static_cast<IKxComponent*>(Leaf));
+  try {
+    Owner->Free();
+    FAIL() << "no exception";
+  } catch (const Exception& E) {
+    EXPECT_EQ(E.Message(),
+              "An instance of TProbeComponent with the name Leaf is destroyed while it's "
+              "refcount is not 0!");
+  }
+  // Nothing was destroyed or marked: the tree is as it was before the call.
+  EXPECT_EQ(Destroyed, 0);
+  EXPECT_EQ(Middle->FindComponent("leaf"), Leaf);
+  EXPECT_EQ(Leaf->Owner(), Middle);
+  EXPECT_EQ(Middle->Owner(), Owner);
+  for (TComponent* C : {Owner, Middle, static_cast<TComponent*>(Leaf)})
+    EXPECT_FALSE(C->ComponentState().Contains(csDestroying));
+  Ref.Reset();
+  EXPECT_EQ(Destroyed, 0); // owned: its count does not destroy it
+  Owner->Free();
+  EXPECT_EQ(Destroyed, 1);
+}
+
 TEST(KxObjectAdapter, FreesTheWrappedObjectOnlyWhenOwned) {
   Destroyed = 0;
   TProbe* Owned = TProbe::Create();

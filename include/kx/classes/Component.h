@@ -28,12 +28,13 @@ public:
   TComponent* KX_STDCALL _GetOwner() override { return Owner(); }
 
   void AfterConstruction() override;
-  void BeforeDestruction() override;
 
   int32_t RefCount() const { return FRefCount.load(std::memory_order_acquire); }
   TKxAutoDestroy AutoDestroy() const { return FAutoDestroy.load(std::memory_order_relaxed); }
 
 protected:
+  void ValidateDestruction() override;
+
   std::atomic<int32_t> FRefCount{1};
   std::atomic<TKxAutoDestroy> FAutoDestroy{kadComputed};
 };

@@ -63,12 +63,17 @@ public:
 
 protected:
   virtual void Notification(TComponent* AComponent, TOperation Operation);
+  // Raises when this component must not be destroyed now. Free asks the component and
+  // everything it owns before anything is destroyed, so a refusal reaches Free's caller
+  // with the whole tree untouched rather than escaping a destructor.
+  virtual void ValidateDestruction() {}
   TPersistent* GetOwner() override { return FOwner; }
   TComponentStates FComponentState;
 
 private:
   void Insert(TComponent* AComponent);
   void Remove(TComponent* AComponent);
+  void ValidateTreeDestruction();
   void RemoveNotification(TComponent* AComponent);
   void ValidateRename(TComponent* AComponent, const AnsiString& CurName, const AnsiString& NewName);
 
