@@ -46,6 +46,27 @@ std::string_view ByteOrderMark(uint16_t CodePage) {
   }
 }
 
+bool IsHighSurrogate(WideChar C) {
+  return C >= 0xD800 && C <= 0xDBFF;
+}
+
+bool IsLowSurrogate(WideChar C) {
+  return C >= 0xDC00 && C <= 0xDFFF;
+}
+
+UnicodeString Decode(const uint8_t* Bytes, int64_t Count, uint16_t CodePage) {
+  UnicodeString W;
+  return TKxEncoding::ConvertA(Bytes, int32_t(Count), W, CodePage);
+}
+
+// Whether the first Units code units of Whole, the text of Bytes[0, Count), come from the
+// first At bytes: both sides of the cut then convert to their part of Whole.
+bool SplitsAt(const uint8_t* Bytes, int64_t Count, std::u16string_view Whole, size_t Units,
+              int64_t At, uint16_t CodePage) {
+  return At > 0 && At <= Count && Decode(Bytes, At, CodePage) == Whole.substr(0, Units) &&
+         Decode(Bytes + At, Count - At, CodePage) == Whole.substr(Units);
+}
+
 AnsiString NarrowToSystem(const WideChar* W, size_t Count) {
   AnsiString S;
   return TKxEncoding::ConvertW(W, int32_t(Count), S, 0);
@@ -257,7 +278,50 @@ void TKxStringStream::SetAsUTF8(const UTF8String& S) {
   SetPosition(0);
 }
 
+WideChar TKxStringStream::TakePendingLow() {
+  if (FPendingEnd < 0) return 0;
+  const int64_t Start = FPendingStart, End = FPendingEnd;
+  const WideChar Low = FPendingLow;
+  FPendingStart = FPendingEnd = -1;
+  FPendingLow = 0;
+  if (End != FPosition || End > int64_t(FSize)) return 0;
+  // The content may have been rewritten since: the character must still be there.
+  const UnicodeString C = Decode(FMemory + Start, End - Start, FCodePage);
+  return C.size() >= 2 && C.back() == Low && IsHighSurrogate(C[C.size() - 2]) ? Low : 0;
+}
+
+int64_t TKxStringStream::FirstCharacter(UnicodeString& C) {
+  const int64_t Window = std::min<int64_t>(Remaining(), FMaxCharSize);
+  const UnicodeString Whole = Decode(CurPos(), Window, FCodePage);
+  // Bytes that make no character (a lone shift sequence) are stepped over one at a time.
+  if (Whole.empty()) {
+    C.clear();
+    return 1;
+  }
+  const size_t Units =
+      Whole.size() >= 2 && IsHighSurrogate(Whole[0]) && IsLowSurrogate(Whole[1]) ? 2 : 1;
+  C = Whole.substr(0, Units);
+  if (Units == Whole.size() && Window == Remaining()) return Window;
+  // Valid text takes the bytes the character encodes to; invalid bytes make a replacement
+  // character whose own encoding says nothing about them, so the cut is searched for.
+  const int64_t Guess = TKxEncoding::ConvertW(C.data(), int32_t(Units), nullptr, 0, FCodePage);
+  if (SplitsAt(CurPos(), Window, Whole, Units, Guess, FCodePage)) return Guess;
+  for (int64_t At = 1; At < Window; ++At)
+    if (SplitsAt(CurPos(), Window, Whole, Units, At, FCodePage)) return At;
+  return Window;
+}
+
+void TKxStringStream::StepOver(const UnicodeString& C, int64_t Bytes) {
+  FPosition += Bytes;
+  if (C.size() == 2) {
+    FPendingStart = FPosition - Bytes;
+    FPendingEnd = FPosition;
+    FPendingLow = C[1];
+  }
+}
+
 WideChar TKxStringStream::ReadWChar() {
+  if (const WideChar Low = TakePendingLow()) return Low;
   const int64_t Left = Remaining();
   if (Left <= 0) return 0;
   if (FCodePage == 1200) {
@@ -265,15 +329,16 @@ WideChar TKxStringStream::ReadWChar() {
     TKxMemoryStream::Read(&C, int32_t(std::min<int64_t>(Left, 2)));
     return C;
   }
-  UnicodeString W;
-  TKxEncoding::ConvertA(CurPos(), int32_t(std::min<int64_t>(Left, FMaxCharSize)), W, FCodePage);
-  // Bytes that make no character (a lone shift sequence) are stepped over one at a time.
-  const WideChar C = W.empty() ? WideChar(0) : W[0];
-  if (FMaxCharSize == 1 || W.empty())
+  if (FMaxCharSize == 1) {
+    UnicodeString W = Decode(CurPos(), 1, FCodePage);
     FPosition += 1;
-  else
-    FPosition += TKxEncoding::ConvertW(&C, 1, nullptr, 0, FCodePage);
-  return C;
+    return W.empty() ? WideChar(0) : W[0];
+  }
+  // A supplementary character comes out as its high surrogate now and its low one next.
+  UnicodeString C;
+  const int64_t Bytes = FirstCharacter(C);
+  StepOver(C, Bytes);
+  return C.empty() ? WideChar(0) : C[0];
 }
 
 AnsiChar TKxStringStream::ReadAChar() {
@@ -290,23 +355,64 @@ AnsiChar TKxStringStream::ReadAChar() {
 }
 
 UnicodeString TKxStringStream::ReadWString(int32_t Count) {
+  if (Count <= 0) return {};
+  const size_t Target = size_t(Count);
+  UnicodeString W;
+  if (const WideChar Low = TakePendingLow()) {
+    W += Low;
+    if (--Count == 0) return W;
+  }
   const int64_t Left = Remaining();
-  if (Left <= 0 || Count <= 0) return {};
+  if (Left <= 0) return W;
   if (FCodePage == 1200) {
     const int64_t Bytes = std::min<int64_t>(Left, int64_t(Count) * 2);
-    UnicodeString W(size_t(Bytes / 2), u'\0');
-    if (!W.empty()) std::memcpy(W.data(), CurPos(), W.size() * 2);
+    const size_t Before = W.size();
+    W.resize(Before + size_t(Bytes / 2));
+    if (W.size() > Before) std::memcpy(W.data() + Before, CurPos(), (W.size() - Before) * 2);
     FPosition += Bytes;
     return W;
   }
-  const int64_t Bytes = std::min<int64_t>(Left, int64_t(Count) * FMaxCharSize);
-  UnicodeString W;
-  TKxEncoding::ConvertA(CurPos(), int32_t(Bytes), W, FCodePage);
-  if (W.size() > size_t(Count)) W.resize(size_t(Count));
-  if (FMaxCharSize == 1)
-    FPosition += int64_t(W.size());
-  else if (!W.empty())
-    FPosition += TKxEncoding::ConvertW(W.data(), int32_t(W.size()), nullptr, 0, FCodePage);
+  const int64_t Window = std::min<int64_t>(Left, int64_t(Count) * FMaxCharSize);
+  const UnicodeString Whole = Decode(CurPos(), Window, FCodePage);
+  if (Whole.empty()) return W;
+  const size_t Kept = std::min(size_t(Count), Whole.size());
+  if (FMaxCharSize == 1) {
+    FPosition += int64_t(Kept);
+    return W + Whole.substr(0, Kept);
+  }
+  // A supplementary character cut by Count is taken whole; its low surrogate waits.
+  const bool Cut =
+      Kept < Whole.size() && IsHighSurrogate(Whole[Kept - 1]) && IsLowSurrogate(Whole[Kept]);
+  const size_t Units = Kept + (Cut ? 1 : 0);
+  int64_t Bytes = -1;
+  if (Units == Whole.size() && Window == Left) {
+    Bytes = Window;
+  } else {
+    const int64_t Guess =
+        TKxEncoding::ConvertW(Whole.data(), int32_t(Units), nullptr, 0, FCodePage);
+    if (SplitsAt(CurPos(), Window, Whole, Units, Guess, FCodePage)) Bytes = Guess;
+  }
+  if (Bytes >= 0) {
+    W += Whole.substr(0, Kept);
+    if (Cut) {
+      StepOver(Whole.substr(Kept - 1, 2), Bytes);
+    } else {
+      FPosition += Bytes;
+    }
+    return W;
+  }
+  // Invalid bytes somewhere: one character at a time, so each takes exactly its bytes.
+  while (W.size() < Target && Remaining() > 0) {
+    UnicodeString C;
+    const int64_t Took = FirstCharacter(C);
+    if (W.size() + C.size() > Target) {
+      W += C[0];
+      StepOver(C, Took);
+      break;
+    }
+    W += C;
+    FPosition += Took;
+  }
   return W;
 }
 

@@ -269,6 +269,54 @@ TEST(StringStream, ReadingCharactersAndStrings) {
   EXPECT_EQ(Sjis->Position(), 5);
 }
 
+TEST(StringStream, ReadingStepsOverExactlyTheBytesEachCharacterTook) {
+  // An invalid byte is one replacement character and one byte; what follows is kept.
+  TOwned Bad(TKxStringStream::Create(AnsiString("\xFF"
+                                                "ab")));
+  EXPECT_EQ(Bad->ReadWChar(), u'\uFFFD');
+  EXPECT_EQ(Bad->Position(), 1);
+  EXPECT_EQ(Bad->ReadWChar(), u'a');
+  EXPECT_EQ(Bad->ReadWChar(), u'b');
+  EXPECT_EQ(Bad->ReadWChar(), 0);
+  Bad->SetPosition(0);
+  EXPECT_EQ(Bad->ReadWString(1), u"\uFFFD");
+  EXPECT_EQ(Bad->ReadWString(1), u"a");
+  Bad->SetPosition(0);
+  EXPECT_EQ(Bad->ReadWString(9), u"\uFFFDab");
+  EXPECT_EQ(Bad->Position(), 3);
+
+  // A truncated sequence before a valid character.
+  TOwned Cut(TKxStringStream::Create(AnsiString("\xE2\x82"
+                                                "x\xC3\xA9")));
+  UnicodeString Stepped;
+  while (Cut->Position() < Cut->Size()) Stepped += Cut->ReadWChar();
+  Cut->SetPosition(0);
+  EXPECT_EQ(Cut->ReadWString(9), Stepped);
+  EXPECT_EQ(Stepped.substr(Stepped.size() - 2), u"x\u00E9");
+
+  // A supplementary character comes out as its two surrogates, one read each.
+  const AnsiString Emoji = "\xF0\x9F\x98\x80"
+                           "x";
+  TOwned One(TKxStringStream::Create(Emoji));
+  EXPECT_EQ(One->ReadWChar(), u'\xD83D');
+  EXPECT_EQ(One->ReadWChar(), u'\xDE00');
+  EXPECT_EQ(One->Position(), 4);
+  EXPECT_EQ(One->ReadWChar(), u'x');
+  EXPECT_EQ(One->Position(), 5);
+  TOwned Strings(TKxStringStream::Create(Emoji));
+  EXPECT_EQ(Strings->ReadWString(1), u"\xD83D");
+  EXPECT_EQ(Strings->ReadWString(2), u"\xDE00x");
+  EXPECT_EQ(Strings->ReadWString(1), u"");
+  Strings->SetPosition(0);
+  EXPECT_EQ(Strings->ReadWString(3), u"\U0001F600x");
+  EXPECT_EQ(Strings->Position(), 5);
+  // The last character of the content, split too.
+  TOwned Last(TKxStringStream::Create(AnsiString("\xF0\x9F\x98\x80")));
+  EXPECT_EQ(Last->ReadWString(1), u"\xD83D");
+  EXPECT_EQ(Last->ReadWChar(), u'\xDE00');
+  EXPECT_EQ(Last->ReadWChar(), 0);
+}
+
 TEST(StringStream, ChangingTheCodePage) {
   TOwned S(TKxStringStream::Create(AnsiString("\xE9t\xE9"), uint16_t(1252)));
   ExpectMessage([&] { S->ChangeCodePage(1200, false); },

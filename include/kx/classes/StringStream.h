@@ -100,9 +100,21 @@ private:
   void WriteWide(const WideChar* W, size_t Count);
   // The bytes between the position and the end.
   int64_t Remaining();
+  // The low surrogate of the supplementary character that ends at the position, when a read
+  // returned only its high surrogate; 0 otherwise.
+  WideChar TakePendingLow();
+  // The first character at the position in C (both surrogates of a supplementary one, none
+  // for bytes that make no character) and the number of bytes it takes.
+  int64_t FirstCharacter(UnicodeString& C);
+  // Moves over the Bytes of C; the low surrogate of a pair waits for the next read.
+  void StepOver(const UnicodeString& C, int64_t Bytes);
 
   uint16_t FCodePage = 0;
   uint16_t FMaxCharSize = 1;
+  // The character whose low surrogate is still to be read: its bytes and that surrogate.
+  int64_t FPendingStart = -1;
+  int64_t FPendingEnd = -1;
+  WideChar FPendingLow = 0;
 };
 
 } // namespace kx
