@@ -117,8 +117,11 @@ void KxUTF8DecodeStream(TStream* Source, TStream* Dest) {
 }
 
 UnicodeString KxUTF8Decode(TStream* Stream) {
+  const int64_t Start = Stream->Position();
   const uint16_t Marked = KxGetCodePage(Stream);
   if (Marked != 0 && Marked != 65001) throw EConvertError(SNoUnicodeData);
+  // The decoder skips the mark itself; skipping it here too would take a U+FEFF of the text.
+  Stream->SetPosition(Start);
   TKxStringStream* Text = TKxStringStream::Create(uint16_t(1200), uint32_t(16));
   detail::TFreeOnExit Free{Text};
   KxUTF8DecodeStream(Stream, Text);

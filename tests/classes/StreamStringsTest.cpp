@@ -231,6 +231,14 @@ TEST(Utf8Streams, DecodeToTextNeedsUtf8OrNoMark) {
   }
 }
 
+TEST(Utf8Streams, DecodeToTextSkipsOneMarkOnly) {
+  // A U+FEFF of the text behind the mark is text.
+  TProbe Twice(Utf8Bom + Utf8Bom + "a");
+  EXPECT_EQ(KxUTF8Decode(Twice), u"\uFEFFa");
+  TProbe Once(Utf8Bom + "a");
+  EXPECT_EQ(KxUTF8Decode(Once), u"a");
+}
+
 TEST(Utf8Adapter, DecodesOneTwoAndThreeByteSequences) {
   EXPECT_EQ(Decode("\xC3\xA9"), u"\u00E9");
   EXPECT_EQ(Decode("a\xE2\x82\xAC\xDF\xBF"), u"a\u20AC\u07FF");
