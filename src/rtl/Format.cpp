@@ -16,6 +16,10 @@ namespace {
 constexpr const char* SInvalidFormat = "Format '%s' invalid or incompatible with argument";
 constexpr const char* SArgumentMissing = "No argument for format '%s'";
 
+// The widest field and the longest precision a directive may ask for: beyond this a format
+// is a mistake or an attack, and honouring it would build a string of gigabytes.
+constexpr int64_t MaxFieldSize = int64_t(1) << 20;
+
 [[noreturn]] void FormatError(const char* Msg, std::string_view Fmt) {
   throw EConvertError(Format(Msg, {Fmt}));
 }
@@ -135,13 +139,16 @@ struct TFormatter {
     if (I < Fmt.size() && Fmt[I] == '*') {
       ++I;
       const TVarRec& A = TakeArg();
-      if (A.Kind() != TVarRec::vtInteger) Invalid();
+      if (A.Kind() != TVarRec::vtInteger || A.AsInt() > MaxFieldSize) Invalid();
       return int(A.AsInt());
     }
     if (I >= Fmt.size() || Fmt[I] < '0' || Fmt[I] > '9') return -1;
-    int N = 0;
-    while (I < Fmt.size() && Fmt[I] >= '0' && Fmt[I] <= '9') N = N * 10 + int(Fmt[I++] - '0');
-    return N;
+    int64_t N = 0;
+    while (I < Fmt.size() && Fmt[I] >= '0' && Fmt[I] <= '9') {
+      N = N * 10 + int(Fmt[I++] - '0');
+      if (N > MaxFieldSize) Invalid();
+    }
+    return int(N);
   }
 
   std::basic_string<Char> Run() {
@@ -180,6 +187,9 @@ struct TFormatter {
       }
       if (I >= Fmt.size()) Invalid();
       Char Type = Fmt[I++];
+      // The letters are ASCII: a wider character is no directive, whatever its low byte.
+      if constexpr (sizeof(Char) > 1)
+        if (Type > 0x7F) Invalid();
       if (Type >= 'a' && Type <= 'z') Type = Char(Type - 'a' + 'A');
       std::basic_string<Char> Item = Convert(char(Type), Precision, TakeArg());
       if (Width > int(Item.size())) {

@@ -51,3 +51,22 @@ TEST(Format, MismatchedOrMissingArgumentsRaiseConvertError) {
     EXPECT_EQ(E.Message(), "No argument for format '%d %d'");
   }
 }
+
+TEST(Format, FieldsBeyondTheBoundRaiseInsteadOfOverflowing) {
+  for (const char* Fmt : {"%99999999999d", "%.2000000000d", "%2147483648s", "%-1048577d"})
+    EXPECT_THROW(Format(Fmt, {1}), EConvertError) << Fmt;
+  EXPECT_THROW(Format("%*d", {2000000000, 1}), EConvertError);
+  EXPECT_THROW(Format("%.*d", {1048577, 1}), EConvertError);
+  EXPECT_THROW(Format(u"%99999999999d", {1}), EConvertError);
+  // Up to the bound a field is still honoured.
+  EXPECT_EQ(Format("%1048576d", {1}).size(), 1048576u);
+  EXPECT_EQ(Format(u"%.5000d", {1}).size(), 5000u);
+}
+
+TEST(Format, WideDirectiveLettersAreWholeCharacters) {
+  // U+0144 and U+0158 have the low bytes of 'D' and 'X'.
+  EXPECT_THROW(Format(u"%\u0144", {5}), EConvertError);
+  EXPECT_THROW(Format(u"%\u0158", {255}), EConvertError);
+  EXPECT_THROW(Format(u"%\uFF44", {5}), EConvertError);
+  EXPECT_EQ(Format(u"%d %x \u0144", {5, 255}), u"5 FF \u0144");
+}
