@@ -9,6 +9,7 @@
 #include "package/Units.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <iterator>
 #include <mutex>
@@ -53,13 +54,43 @@ private:
   TKxMultiReadSingleWrite* FLock;
 };
 
-// Index keys: names fold a-z, as the language's identifiers do.
-AnsiString Key(std::string_view Name) {
+// Index keys: names fold a-z, as the language's identifiers do. Keys are stored folded;
+// a lookup folds its name into a buffer on the stack (when it has capitals at all), so the
+// table hashes and compares plain bytes.
+inline char Folded(char C) {
+  return C >= 'A' && C <= 'Z' ? char(C + ('a' - 'A')) : C;
+}
+
+AnsiString FoldedKey(std::string_view Name) {
   AnsiString K(Name);
-  for (char& C : K)
-    if (C >= 'A' && C <= 'Z') C = char(C + ('a' - 'A'));
+  for (char& C : K) C = Folded(C);
   return K;
 }
+
+class TFoldedName {
+public:
+  explicit TFoldedName(std::string_view Name) : FView(Name) {
+    if (std::none_of(Name.begin(), Name.end(), [](char C) { return C >= 'A' && C <= 'Z'; })) return;
+    char* Out = FBuffer;
+    if (Name.size() > sizeof FBuffer) {
+      FLong.resize(Name.size());
+      Out = FLong.data();
+    }
+    for (size_t I = 0; I < Name.size(); ++I) Out[I] = Folded(Name[I]);
+    FView = std::string_view(Out, Name.size());
+  }
+  std::string_view View() const { return FView; }
+
+private:
+  std::string_view FView;
+  char FBuffer[64];
+  AnsiString FLong;
+};
+
+struct TKeyHash {
+  using is_transparent = void;
+  size_t operator()(std::string_view S) const noexcept { return std::hash<std::string_view>()(S); }
+};
 
 bool Contains(const AnsiString& S, char C) {
   return S.find(C) != AnsiString::npos;
@@ -111,23 +142,38 @@ enum TNameIndex { niShort, niFull, niSchema };
 
 } // namespace
 
+// The records that bear one name, in registration order, with the set of their run-time
+// kinds so that a lookup skips the kinds the name has no record of.
+struct TNameEntry {
+  uint32_t Kinds = 0;
+  std::vector<TKxTypeRec*> Recs;
+
+  TKxTypeRec* First(TTypeKind Kind) const {
+    if (Kind > tkDynArray || !(Kinds & (1u << Kind))) return nullptr;
+    for (TKxTypeRec* Rec : Recs)
+      if (Rec->Info->RunTimeKind() == Kind) return Rec;
+    return nullptr;
+  }
+};
+
 struct TKxTypes::TIndex {
   std::unordered_map<PTypeInfo, TKxTypeRec*> ByHandle;
-  // Records per folded name, in registration order.
-  std::unordered_map<AnsiString, std::vector<TKxTypeRec*>> ByName[3];
+  std::unordered_map<AnsiString, TNameEntry, TKeyHash, std::equal_to<>> ByName[3];
   // Every record in registration order, and the first of each TKxTypeKind.
   std::vector<TKxTypeRec*> All;
   TKxTypeRec* FirstOfKind[rtkClassRef + 1] = {};
 
   void Add(TNameIndex Which, const AnsiString& Name, TKxTypeRec* Rec) {
-    std::vector<TKxTypeRec*>& List = ByName[Which][Key(Name)];
+    TNameEntry& Entry = ByName[Which][FoldedKey(Name)];
+    std::vector<TKxTypeRec*>& List = Entry.Recs;
     if (std::find(List.begin(), List.end(), Rec) != List.end()) return;
     const auto At = std::upper_bound(List.begin(), List.end(), Rec,
                                      [](auto* A, auto* B) { return A->Sequence < B->Sequence; });
     List.insert(At, Rec);
+    Entry.Kinds |= 1u << Rec->Info->RunTimeKind();
   }
-  const std::vector<TKxTypeRec*>* Find(TNameIndex Which, std::string_view Name) const {
-    const auto It = ByName[Which].find(Key(Name));
+  const TNameEntry* Find(TNameIndex Which, std::string_view Name) const {
+    const auto It = ByName[Which].find(TFoldedName(Name).View());
     return It == ByName[Which].end() ? nullptr : &It->second;
   }
 };
@@ -251,10 +297,8 @@ TKxTypeRec* TKxTypes::FindInBucket(PTypeInfo ATypeInfo, const AnsiString& FullNa
     const auto It = FIndex->ByHandle.find(ATypeInfo);
     if (It != FIndex->ByHandle.end() && It->second->Info->FRunTimeKind == Kind) return It->second;
   }
-  if (const auto* List = FIndex->Find(niFull, FullName))
-    for (TKxTypeRec* Rec : *List)
-      if (Rec->Info->FRunTimeKind == Kind) return Rec;
-  return nullptr;
+  const TNameEntry* Entry = FIndex->Find(niFull, FullName);
+  return Entry ? Entry->First(Kind) : nullptr;
 }
 
 TKxTypeRec* TKxTypes::AddTypeRec(PTypeInfo ATypeInfo, const AnsiString& FullName,
@@ -425,11 +469,17 @@ TKxTypeInfo* TKxTypes::FindByName(int Which, const AnsiString& Name, TTypeKinds 
     if (const size_t Colon = N.find(':'); Colon != std::string_view::npos)
       N.remove_prefix(Colon + 1);
   TReadLock Read(FLock);
-  const auto* List = FIndex->Find(TNameIndex(Which), N);
-  if (!List) return nullptr;
+  const TNameEntry* Entry = FIndex->Find(TNameIndex(Which), N);
+  if (!Entry) return nullptr;
+  uint32_t Asked = 0;
   for (TTypeKind Kind : Kinds)
-    for (TKxTypeRec* Rec : *List)
-      if (Rec->Info->FRunTimeKind == Kind) return Rec->Info;
+    if (Kind <= tkDynArray) Asked |= 1u << Kind;
+  const uint32_t Hit = Entry->Kinds & Asked;
+  if (!Hit) return nullptr;
+  // Mostly a name has records of one kind only; then the order of Kinds does not matter.
+  if (!(Hit & (Hit - 1))) return Entry->First(TTypeKind(std::countr_zero(Hit)))->Info;
+  for (TTypeKind Kind : Kinds)
+    if (TKxTypeRec* Rec = Entry->First(Kind)) return Rec->Info;
   return nullptr;
 }
 
