@@ -25,6 +25,9 @@ constexpr TUnitSteps Units[] = {
     {"uKxTypes", nullptr, &detail::uKxTypes_Finalize},
     {"uKxNetEncoding", &detail::uKxNetEncoding_Initialize, &detail::uKxNetEncoding_Finalize},
     {"uKxWindows", &detail::uKxWindows_Initialize, &detail::uKxWindows_Finalize},
+    {"uKxLogger", &detail::uKxLogger_Initialize, &detail::uKxLogger_Finalize},
+    {"uKxLogAppenders", &detail::uKxLogAppenders_Initialize, &detail::uKxLogAppenders_Finalize},
+    {"uKxLogLayouts", &detail::uKxLogLayouts_Initialize, &detail::uKxLogLayouts_Finalize},
 };
 
 std::atomic<int> InitCount{0};

@@ -14,5 +14,11 @@ void uKxThreads_Finalize();
 void uKxTypes_Finalize();
 void uKxWindows_Initialize();
 void uKxWindows_Finalize();
+void uKxLogger_Initialize();
+void uKxLogger_Finalize();
+void uKxLogAppenders_Initialize();
+void uKxLogAppenders_Finalize();
+void uKxLogLayouts_Initialize();
+void uKxLogLayouts_Finalize();
 
 } // namespace kx::detail

@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+// uKxLogLayouts: the plain text and the XML layouts.
+
+#include <kx/logging/Layouts.h>
