@@ -11,7 +11,7 @@ TSAN     := build/tsan
 PREFIX   ?= /usr/local
 DEPS     := scripts/install-deps.sh
 
-.PHONY: all release install consumer test test-linux test-windows test-tsan build-win32 bench \
+.PHONY: all release run install consumer test test-linux test-windows test-tsan build-win32 bench \
         format format-check clean
 
 # The Linux library and tools in Release, with only the Linux build dependencies.
@@ -29,6 +29,11 @@ install: release
 # Builds tests/consumer against installed kxcommon packages (shared, static), as a user would.
 consumer: release
 	scripts/check-consumer.sh $(RELEASE)
+
+# The logging example: a logger tree from examples/logdemo.ini, several threads, real files.
+run: release
+	rm -rf $(RELEASE)/demo && mkdir -p $(RELEASE)/demo
+	cd $(RELEASE)/demo && ../bin/LogDemo ../bin/logdemo.ini
 
 test: test-linux test-windows test-tsan
 
