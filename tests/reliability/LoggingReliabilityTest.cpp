@@ -18,7 +18,10 @@ using namespace kx;
 
 namespace {
 
-constexpr int Threads = 8, PerThread = 250000;
+constexpr int Threads = 8;
+// Every file operation under Wine is a round trip to its server: a tenth of the lines there
+// keeps the run in minutes (the roll-overs still number in the tens).
+const int PerThread = PathDelim == '\\' ? 25000 : 250000;
 
 TKxRollingFileAppender* MakeRolling(const kxtest::TTempFolder& Tmp, const char* Name,
                                     IPtr<IKxLogAppender>& Holder) {
@@ -44,7 +47,7 @@ void ExpectComplete(const kxtest::TTempFolder& Tmp, const std::string& Base) {
   EXPECT_EQ(C.Missing, 0u);
   EXPECT_EQ(C.Duplicates, 0u);
   EXPECT_EQ(C.Lines, size_t(Threads) * PerThread);
-  EXPECT_GT(C.Files, 100u);
+  EXPECT_GT(C.Files, PathDelim == '\\' ? 10u : 100u);
 }
 
 TEST(LoggingReliability, EightThreadsOneAppender) {
@@ -110,8 +113,8 @@ TEST(LoggingFaults, RefusedRenameReachesTheCallerAndClears) {
   ASSERT_TRUE(RemoveDir(Tmp.Name("f.1.log")));
   for (int N = 0; N < 10; ++N, ++Written) L->Info(kxtest::LogCheckMessage(0, Written));
   R->Close();
-  const std::string All =
-      kxtest::TTempFolder::ReadFile(Tmp.Name("f.log")) + kxtest::TTempFolder::ReadFile(Tmp.Name("f.1.log"));
+  const std::string All = kxtest::TTempFolder::ReadFile(Tmp.Name("f.log")) +
+                          kxtest::TTempFolder::ReadFile(Tmp.Name("f.1.log"));
   ExpectLines(All, 0, Written);
   L.Reset();
   CloseRootLogger();

@@ -7,8 +7,8 @@
 #include <kx/uKxLogLayouts.h>
 #include <kx/uKxLogger.h>
 
-#include <filesystem>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
