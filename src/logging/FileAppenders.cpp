@@ -268,7 +268,7 @@ void KX_STDCALL TKxFileAppender::SetFileExt(const AnsiString& Value) {
   if (Value == FFileExt) return;
   Close();
   FFileExt = Value;
-  if (FFileExt.empty() || FFileExt[0] != '.') FFileExt = "." + FFileExt;
+  if (FFileExt.empty() || FFileExt[0] != '.') FFileExt.insert(FFileExt.begin(), '.');
   FFileName = ChangeFileExt(FFileName, FFileExt);
 }
 
@@ -527,7 +527,14 @@ void KX_STDCALL TKxDailyRollingFileAppender::RollOver() {
 
 TKxFileInfo* TKxDailyRollingFileAppender::CreateFileInfo(const AnsiString& FileName) {
   TKxFileInfo* Info = TKxRollingFileAppender::CreateFileInfo(FileName);
-  if (Info->Number == 0) Info->Suffix = "." + KxCleanupFileName(FCurrentDate, TKxCharSet{});
+  if (Info->Number == 0) {
+    const AnsiString Clean = KxCleanupFileName(FCurrentDate, TKxCharSet{});
+    AnsiString Suffix;
+    Suffix.reserve(Clean.size() + 1);
+    Suffix.push_back('.');
+    Suffix.append(Clean);
+    Info->Suffix = std::move(Suffix);
+  }
   return Info;
 }
 
