@@ -5,6 +5,7 @@
 #include <kx/rtl/Component.h>
 #include <kx/rtl/DateTimeText.h>
 #include <kx/rtl/SysUtils.h>
+#include <kx/types/VariantConversion.h>
 
 #include "platform/Host.h"
 #include "platform/Platform.h"
@@ -132,7 +133,7 @@ UnicodeString KxDataRecToString(const TKxDataRec* Rec) {
   case rtkDatetime:
     return Widen(DateTimeToStr(TDateTime(Rec->Float)));
   case rtkVariant:
-    return VarToWideStr(Rec->Var);
+    return KxVarToWStr(Rec->Var, UnicodeString(), false);
   case rtkArray:
     return u"Array";
   case rtkDynArray:

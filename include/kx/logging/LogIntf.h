@@ -7,7 +7,7 @@
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Format.h>
 #include <kx/rtl/Variants.h>
-#include <kx/types/TypeKind.h>
+#include <kx/types/TypeRegistry.h>
 
 #include <cstdint>
 #include <vector>
