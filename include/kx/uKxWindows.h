@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// uKxWindows: files, folders and paths over the platform's services.
+// uKxWindows: files, folders and paths over the platform's services: path text, file state
+// and times, temporary names, folders and resources.
 #pragma once
 
 #include <kx/windows/Directories.h>
 #include <kx/windows/FilePaths.h>
+#include <kx/windows/FileState.h>
 #include <kx/windows/Resources.h>
