@@ -8,11 +8,13 @@ WIN64    := build/win64
 WIN32    := build/win32
 BENCH    := build/bench
 TSAN     := build/tsan
+FUZZ     := build/fuzz
+FUZZ_SECONDS ?= 60
 PREFIX   ?= /usr/local
 DEPS     := scripts/install-deps.sh
 
 .PHONY: all release run install consumer test test-linux test-windows test-tsan build-win32 bench \
-        format format-check clean
+        fuzz fuzz-smoke fuzz-build format format-check clean
 
 # The Linux library and tools in Release, with only the Linux build dependencies.
 all: release
@@ -67,6 +69,20 @@ build-win32:
 	  -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-i686.cmake
 	cmake --build $(WIN32)
 	@echo "i686 build linked (32-bit Wine is not installable here, so its tests are not run)"
+
+# libFuzzer targets (clang, ASan and UBSan, the library linked statically): each runs for
+# FUZZ_SECONDS in make fuzz, and for 10 s from its seed corpus in the CI's smoke run.
+fuzz-build:
+	@$(DEPS) build tsan
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ) $(GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(OWN) \
+	  -DKX_FUZZ=ON -DBUILD_SHARED_LIBS=OFF -DKX_BUILD_TESTS=OFF -DKX_INSTALL=OFF
+	cmake --build $(FUZZ)
+
+fuzz: fuzz-build
+	scripts/run-fuzz.sh $(FUZZ) $(FUZZ_SECONDS)
+
+fuzz-smoke: fuzz-build
+	scripts/run-fuzz.sh $(FUZZ) 10
 
 bench:
 	@$(DEPS) build bench
