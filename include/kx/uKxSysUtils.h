@@ -10,4 +10,5 @@
 #include <kx/sysutils/Numbers.h>
 #include <kx/sysutils/StringUtils.h>
 #include <kx/sysutils/SysUtilsConsts.h>
+#include <kx/sysutils/SystemInfo.h>
 #include <kx/sysutils/TextFiles.h>

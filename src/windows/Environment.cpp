@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: MIT
+// The system's version, bitness, elevation and shell folders of uKxWindows.
+#include <kx/rtl/Exceptions.h>
+#include <kx/rtl/Files.h>
+#include <kx/rtl/Format.h>
+#include <kx/rtl/Streams.h>
+#include <kx/rtl/SysUtils.h>
+#include <kx/sysutils/SystemInfo.h>
+#include <kx/sysutils/TextFiles.h>
+#include <kx/windows/Environment.h>
+
+#include "platform/Environment.h"
+
+#include <atomic>
+#include <cstring>
+#include <mutex>
+
+namespace kx {
+
+namespace {
+
+std::mutex OSReleaseLock;
+AnsiString& OSReleaseOverride() {
+  static AnsiString Name;
+  return Name;
+}
+
+AnsiString OSReleaseFileName() {
+  std::lock_guard<std::mutex> Guard(OSReleaseLock);
+  return OSReleaseOverride().empty() ? platform::OSReleaseFile() : OSReleaseOverride();
+}
+
+// A value of os-release: '...' is taken as written; "..." and bare text take backslash escapes
+// and end at the closing quote or at the end of the line.
+bool UnquoteOSReleaseValue(const AnsiString& Raw, AnsiString& Value) {
+  Value.clear();
+  size_t I = 0;
+  char Quote = 0;
+  if (!Raw.empty() && (Raw[0] == '"' || Raw[0] == '\'')) Quote = Raw[I++];
+  for (; I < Raw.size(); ++I) {
+    const char C = Raw[I];
+    if (Quote && C == Quote)
+      return I + 1 == Raw.size() || Raw.find_first_not_of(" \t", I + 1) == AnsiString::npos;
+    if (C == '\\' && Quote != '\'' && I + 1 < Raw.size()) {
+      Value += Raw[++I];
+      continue;
+    }
+    if (!Quote && (C == ' ' || C == '\t'))
+      return Raw.find_first_not_of(" \t", I) == AnsiString::npos;
+    Value += C;
+  }
+  return Quote == 0;
+}
+
+AnsiString ReadTextFile(const AnsiString& FileName) {
+  TFileStream* F = nullptr;
+  try {
+    F = TFileStream::Create(FileName, uint16_t(fmOpenRead | fmShareDenyNone));
+  } catch (const Exception&) {
+    return AnsiString();
+  }
+  AnsiString Text;
+  char Buf[4096];
+  // os-release is a few hundred bytes; a file that keeps going is cut off.
+  for (int64_t N; Text.size() < 65536 && (N = F->ReadUpTo(Buf, sizeof Buf)) > 0;)
+    Text.append(Buf, size_t(N));
+  F->Free();
+  return Text;
+}
+
+} // namespace
+
+uint16_t KxGetWindowsVersion() {
+  const int32_t Code = platform::WindowsVersionCode();
+  if (Code > 0) return uint16_t(Code);
+  if (Code == -1) throw Exception(SFailedToLoadKernel32);
+  if (Code == -2) throw Exception(SFailedToDetermineOS);
+  throw EKxNotSupported(SNotSupportedOnPlatform, {"KxGetWindowsVersion"});
+}
+
+void KxParseOSRelease(const AnsiString& Text, TStrings* Values) {
+  size_t Start = 0;
+  while (Start < Text.size()) {
+    size_t End = Text.find('\n', Start);
+    if (End == AnsiString::npos) End = Text.size();
+    AnsiString Line = Text.substr(Start, End - Start);
+    Start = End + 1;
+    if (!Line.empty() && Line.back() == '\r') Line.pop_back();
+    Line = Trim(Line);
+    if (Line.empty() || Line[0] == '#') continue;
+    const size_t Eq = Line.find('=');
+    if (Eq == 0 || Eq == AnsiString::npos) continue;
+    const AnsiString Name = Line.substr(0, Eq);
+    bool NameOk = true;
+    for (char C : Name)
+      NameOk = NameOk && ((C >= 'A' && C <= 'Z') || (C >= 'a' && C <= 'z') ||
+                          (C >= '0' && C <= '9') || C == '_');
+    AnsiString Value;
+    if (NameOk && UnquoteOSReleaseValue(Line.substr(Eq + 1), Value))
+      Values->Add(Name + "=" + Value);
+  }
+}
+
+void KxSetOSReleaseFile(const AnsiString& FileName) {
+  std::lock_guard<std::mutex> Guard(OSReleaseLock);
+  OSReleaseOverride() = FileName;
+}
+
+TKxOSVersionInfo KxGetOSVersionInfo() {
+  platform::TOSInfo Os;
+  platform::GetOSInfo(Os);
+  TKxOSVersionInfo Info{Os.Name, Os.Version, Os.Release, Os.Machine};
+  const int32_t Code = platform::WindowsVersionCode();
+  if (Code > 0) Info.Name = "Windows " + IntToStr(Code);
+  const AnsiString File = OSReleaseFileName();
+  if (!File.empty()) {
+    TStringList* Values = TStringList::Create();
+    try {
+      KxParseOSRelease(ReadTextFile(File), Values);
+      AnsiString Pretty = Values->Values("PRETTY_NAME"), Name = Values->Values("NAME");
+      if (!Pretty.empty())
+        Info.Name = Pretty;
+      else if (!Name.empty())
+        Info.Name = Name;
+      Info.Version = Values->Values("VERSION_ID");
+    } catch (...) {
+      Values->Free();
+      throw;
+    }
+    Values->Free();
+  }
+  return Info;
+}
+
+AnsiString KxGetOSVersionText() {
+  const TKxOSVersionInfo Info = KxGetOSVersionInfo();
+  AnsiString Result = Info.Name;
+  if (!Info.Version.empty()) Result += (Result.empty() ? "" : " ") + Info.Version;
+  AnsiString Detail = Info.Release;
+  if (!Info.Machine.empty()) Detail += (Detail.empty() ? "" : ", ") + Info.Machine;
+  if (!Detail.empty()) Result += (Result.empty() ? "(" : " (") + Detail + ")";
+  return Result;
+}
+
+bool IsCPU64() {
+  return platform::IsCPU64Build();
+}
+
+bool IsWow64() {
+  return platform::IsWow64Process();
+}
+
+bool IsOS64() {
+  return IsCPU64() || IsWow64();
+}
+
+bool Is64BitFile(const AnsiString& FileName) {
+  AnsiString Name = FileName;
+  if (!FileExists(Name)) {
+    const AnsiString Found = platform::SearchPath(FileName);
+    if (!Found.empty()) Name = Found;
+  }
+  TFileStream* F = TFileStream::Create(Name, uint16_t(fmOpenRead | fmShareDenyNone));
+  bool Result = false;
+  try {
+    unsigned char Dos[64] = {};
+    const int64_t Got = F->ReadUpTo(Dos, sizeof Dos);
+    auto Word = [](const unsigned char* P) { return uint16_t(P[0] | (P[1] << 8)); };
+    if (Got >= 5 && std::memcmp(Dos,
+                                "\x7F"
+                                "ELF",
+                                4) == 0) {
+      Result = Dos[4] == 2; // ELFCLASS64
+    } else if (Got == 64 && Word(Dos) == 23117) {
+      const uint32_t Offset = uint32_t(Dos[60]) | uint32_t(Dos[61]) << 8 | uint32_t(Dos[62]) << 16 |
+                              uint32_t(Dos[63]) << 24;
+      unsigned char Nt[248] = {};
+      if (Offset != 0 && F->Seek(int64_t(Offset), soBeginning) == int64_t(Offset) &&
+          F->ReadUpTo(Nt, sizeof Nt) >= 6 && Word(Nt) == 17744)
+        Result = Word(Nt + 4) != 332;
+    }
+  } catch (...) {
+    F->Free();
+    throw;
+  }
+  F->Free();
+  return Result;
+}
+
+TKxElevationLevel KxGetElevationLevel() {
+  switch (platform::ElevationLevel()) {
+  case 1:
+    return elFull;
+  case 2:
+    return elLimited;
+  default:
+    return elDefault;
+  }
+}
+
+AnsiString KxGetShellFolder(int32_t CSIDL) {
+  AnsiString Path;
+  if (platform::ShellFolder(CSIDL, Path)) return Path;
+  if (platform::LastError() == platform::ERROR_NOT_SUPPORTED_)
+    throw EKxNotSupported(SNotSupportedOnPlatform, {"The shell folder " + IntToStr(CSIDL)});
+  RaiseLastOSError();
+}
+
+AnsiString KxGetMyDocumentsFolder() {
+  return KxGetShellFolder(csidlPersonal);
+}
+
+AnsiString KxGetSharedDocumentsFolder() {
+  return KxGetShellFolder(csidlCommonDocuments);
+}
+
+} // namespace kx
