@@ -9,3 +9,4 @@
 #include <kx/windows/FilePaths.h>
 #include <kx/windows/FileState.h>
 #include <kx/windows/Resources.h>
+#include <kx/windows/ShellExecution.h>

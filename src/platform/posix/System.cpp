@@ -1,5 +1,6 @@
 // Threads, time, errors and modules on POSIX.
 #include "platform/Platform.h"
+#include "platform/Processes.h"
 
 #include <cerrno>
 #include <cstring>
@@ -57,6 +58,8 @@ AnsiString ErrorMessage(uint32_t Code) {
     return "No mapping for the Unicode character exists in the target multi-byte code page.";
   case ERROR_INVALID_FLAGS_:
     return "Invalid flags.";
+  case ERROR_NO_ASSOCIATION_:
+    return "No application is associated with the specified file for this operation.";
   default:
     break;
   }
