@@ -147,9 +147,9 @@ bool UnsetEnvironmentVariable(const AnsiString& Name) {
 }
 
 AnsiString ExpandEnvironmentStrings(const AnsiString& S) {
-  // Windows' scan: text up to a '%' is copied; "%NAME%" of a set variable becomes its value;
-  // otherwise the '%' and the name are copied and the scan goes on at the second '%', which
-  // may open the next name. A '%' without a second one is copied with the rest.
+  // Windows' scan: text up to a '%' is copied; "%NAME%" of a set variable becomes its value,
+  // any other "%...%" (an empty name too) is copied as it stands and the scan goes on after it.
+  // A '%' without a second one is copied with the rest.
   AnsiString Result;
   size_t I = 0;
   while (I < S.size()) {
@@ -164,13 +164,11 @@ AnsiString ExpandEnvironmentStrings(const AnsiString& S) {
     }
     const AnsiString Name = S.substr(I + 1, Close - I - 1);
     AnsiString Value;
-    if (!Name.empty() && GetEnvironmentVariable(Name, Value)) {
+    if (!Name.empty() && GetEnvironmentVariable(Name, Value))
       Result += Value;
-      I = Close + 1;
-    } else {
-      Result.append(S, I, Close - I);
-      I = Close;
-    }
+    else
+      Result.append(S, I, Close - I + 1);
+    I = Close + 1;
   }
   return Result;
 }

@@ -10,6 +10,12 @@
 
 #include <cstdlib>
 
+// The platform layer's own names, not the A/W macros.
+#undef GetEnvironmentVariable
+#undef SetEnvironmentVariable
+#undef ExpandEnvironmentStrings
+#undef SearchPath
+
 namespace kx::platform {
 
 namespace {

@@ -7,6 +7,9 @@
 #include <shellapi.h>
 #include <windows.h>
 
+// The platform layer's own names, not the A/W macros.
+#undef ShellExecute
+
 namespace kx::platform {
 
 namespace {
