@@ -7,6 +7,7 @@
 #include <kx/sysutils/ExceptionRegistry.h>
 #include <kx/sysutils/KxException.h>
 #include <kx/sysutils/Languages.h>
+#include <kx/sysutils/MimeTypes.h>
 #include <kx/sysutils/Numbers.h>
 #include <kx/sysutils/StringUtils.h>
 #include <kx/sysutils/SysUtilsConsts.h>

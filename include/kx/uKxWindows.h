@@ -4,6 +4,7 @@
 // user, processes.
 #pragma once
 
+#include <kx/windows/ContentType.h>
 #include <kx/windows/Directories.h>
 #include <kx/windows/Environment.h>
 #include <kx/windows/FilePaths.h>
