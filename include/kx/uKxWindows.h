@@ -6,8 +6,11 @@
 
 #include <kx/windows/ContentType.h>
 #include <kx/windows/Directories.h>
+#include <kx/windows/Drives.h>
 #include <kx/windows/Environment.h>
 #include <kx/windows/FilePaths.h>
 #include <kx/windows/FileState.h>
+#include <kx/windows/FileVersion.h>
+#include <kx/windows/Registry.h>
 #include <kx/windows/Resources.h>
 #include <kx/windows/ShellExecution.h>
