@@ -1,5 +1,6 @@
 #pragma once
-// uKxClasses: the library's root classes, free notifications and object lists.
+// uKxClasses: the library's root classes, free notifications, object lists, streams, string
+// lists and memo lists.
 
 #include <kx/classes/BinEncoding.h>
 #include <kx/classes/BufferConversions.h>
@@ -8,6 +9,9 @@
 #include <kx/classes/FileStream.h>
 #include <kx/classes/FreeNotifies.h>
 #include <kx/classes/Interfaces.h>
+#include <kx/classes/KeyDescStringList.h>
+#include <kx/classes/KxStringList.h>
+#include <kx/classes/MemoList.h>
 #include <kx/classes/MemoryBuffer.h>
 #include <kx/classes/MemoryStream.h>
 #include <kx/classes/Object.h>

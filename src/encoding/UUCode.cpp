@@ -94,8 +94,8 @@ std::vector<std::string_view> SplitLines(std::string_view S) {
   return Lines;
 }
 
-void Decode(const std::vector<std::string_view>& Lines, const AnsiString* FileName,
-            TStream* Output, TKxUUHeader* Header) {
+void Decode(const std::vector<std::string_view>& Lines, const AnsiString* FileName, TStream* Output,
+            TKxUUHeader* Header) {
   size_t Line = 0;
   for (; Line < Lines.size(); ++Line) {
     const std::string_view L = Lines[Line];
@@ -194,8 +194,7 @@ void KxUUDecode(TStrings* Lines, TStream* Output, TKxUUHeader* Header) {
   Decode(LinesOf(Lines, Store), nullptr, Output, Header);
 }
 
-void KxUUDecode(TStrings* Lines, const AnsiString& FileName, TStream* Output,
-                TKxUUHeader* Header) {
+void KxUUDecode(TStrings* Lines, const AnsiString& FileName, TStream* Output, TKxUUHeader* Header) {
   std::vector<AnsiString> Store;
   Decode(LinesOf(Lines, Store), &FileName, Output, Header);
 }

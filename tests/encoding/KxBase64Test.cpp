@@ -41,10 +41,13 @@ TEST(KxBase64, EveryEncodingOverloadAgrees) {
 
 TEST(KxBase64, WideStringsGoThroughUTF8) {
   const UnicodeString W = u"\u00fcber \u20ac";
-  EXPECT_EQ(KxEncodeBase64(W), KxEncodeBase64(AnsiString("\xC3\xBC" "ber \xE2\x82\xAC")));
-  EXPECT_EQ(KxEncodeBase64Url(W), KxEncodeBase64Url(AnsiString("\xC3\xBC" "ber \xE2\x82\xAC")));
+  EXPECT_EQ(KxEncodeBase64(W), KxEncodeBase64(AnsiString("\xC3\xBC"
+                                                         "ber \xE2\x82\xAC")));
+  EXPECT_EQ(KxEncodeBase64Url(W), KxEncodeBase64Url(AnsiString("\xC3\xBC"
+                                                               "ber \xE2\x82\xAC")));
   const TBytes Back = KxDecodeBase64(UnicodeString(u"w7xiZXIg4oKs"));
-  EXPECT_EQ(kxtest::AsString(Back), "\xC3\xBC" "ber \xE2\x82\xAC");
+  EXPECT_EQ(kxtest::AsString(Back), "\xC3\xBC"
+                                    "ber \xE2\x82\xAC");
 }
 
 TEST(KxBase64, EveryDecodingOverloadTakesBothAlphabets) {

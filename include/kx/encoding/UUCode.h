@@ -3,8 +3,8 @@
 // The uuencode text format: a "begin <mode> <name>" line, lines of up to 45 bytes each led by
 // their length character, and the "`" / "end" terminator.
 
-#include <kx/rtl/StringList.h>
 #include <kx/rtl/Streams.h>
+#include <kx/rtl/StringList.h>
 
 #include <cstdint>
 
@@ -25,8 +25,7 @@ struct TKxUUHeader {
 // decimal as given. Lines end with CR LF; the text ends with "end" and no line break. A final
 // chunk whose length leaves a remainder of 1 when divided by 3 loses its last byte, though
 // its length character counts it.
-KX_API void KxUUEncode(TStream* Input, TStream* Output, const AnsiString& FileName,
-                       uint16_t Mode);
+KX_API void KxUUEncode(TStream* Input, TStream* Output, const AnsiString& FileName, uint16_t Mode);
 KX_API AnsiString KxUUEncode(TStream* Input, const AnsiString& FileName, uint16_t Mode);
 KX_API AnsiString KxUUEncode(const AnsiString& S, const AnsiString& FileName, uint16_t Mode);
 
