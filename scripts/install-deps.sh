@@ -3,11 +3,11 @@
 # Usage: install-deps.sh GROUP...   (build, test, windows, tsan, bench, format)
 set -euo pipefail
 declare -A groups=(
-  [build]="cmake ninja-build g++ make pkg-config zlib1g-dev libicu-dev libssl-dev libmagic-dev"
-  [test]="libgtest-dev coreutils gzip sharutils xsltproc libxml2-utils file media-types"
-  [windows]="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev libgtest-dev wine64 wine"
+  [build]="cmake ninja-build g++ make pkg-config zlib1g-dev libicu-dev libssl-dev libmagic-dev libcli11-dev"
+  [test]="libgtest-dev coreutils gzip sharutils xsltproc libxml2-utils file media-types pigz qpdf"
+  [windows]="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev libgtest-dev libcli11-dev wine64 wine"
   [tsan]="clang libclang-rt-dev libgtest-dev"
-  [bench]="libbenchmark-dev libspdlog-dev"
+  [bench]="libbenchmark-dev libspdlog-dev hyperfine"
   [format]="clang-format git"
 )
 [ $# -gt 0 ] || set -- build

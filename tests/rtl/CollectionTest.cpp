@@ -89,8 +89,8 @@ TEST(Collection, NotificationsAndUpdates) {
   Named(C, "b");
   C->Delete(1);
   using P = std::pair<int32_t, TCollectionNotification>;
-  EXPECT_EQ(C->Notes, (std::vector<P>{{0, cnAdded}, {1, cnAdded}, {1, cnDeleting},
-                                       {1, cnExtracting}}));
+  EXPECT_EQ(C->Notes,
+            (std::vector<P>{{0, cnAdded}, {1, cnAdded}, {1, cnDeleting}, {1, cnExtracting}}));
   EXPECT_EQ(C->Updates, 3);
   C->Updates = 0;
   C->BeginUpdate();
@@ -120,8 +120,8 @@ TEST(Collection, AssignCopiesItemsAndNamePathsFollowTheOwner) {
   Loose->Free();
   EXPECT_EQ(B->Items(1)->GetNamePath(), "TWatchedCollection[1]");
   auto* Owner = TCollection::CreateOf<TNamedItem>();
-  auto* Owned = TOwnedCollection::Create(Owner, TNamedItem::ClassInfo(),
-                                         &CollectionItemFactory<TNamedItem>);
+  auto* Owned =
+      TOwnedCollection::Create(Owner, TNamedItem::ClassInfo(), &CollectionItemFactory<TNamedItem>);
   EXPECT_EQ(Owned->Owner(), Owner);
   EXPECT_EQ(Owned->GetNamePath(), "TCollection");
   Owned->Free();
