@@ -89,10 +89,11 @@ struct TNames {
                         kx::xsdComplexType, {}, kx::tkRecord, nullptr);
       Names.push_back("uBench_Record" + std::to_string(I));
     }
-    for (const char* N : {"unsignedByte", "unsignedShort", "unsignedInt", "unsignedLong", "byte",
-                          "short", "int", "long", "float", "double", "decimal", "boolean",
-                          "string", "date", "time", "dateTime", "ArrayOfString", "ArrayOfInt",
-                          "ArrayOfBoolean", "ArrayOfDateTime"})
+    for (const char* N :
+         {"unsignedByte", "unsignedShort", "unsignedInt", "unsignedLong",   "byte",
+          "short",        "int",           "long",        "float",          "double",
+          "decimal",      "boolean",       "string",      "date",           "time",
+          "dateTime",     "ArrayOfString", "ArrayOfInt",  "ArrayOfBoolean", "ArrayOfDateTime"})
       Names.push_back(N);
     for (const kx::AnsiString& N : Names)
       Map.emplace(N, Types->GetTypeInfo(N, kx::tntSchemaName, true, kx::mtkUnknown));
