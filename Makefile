@@ -71,7 +71,7 @@ build-win32:
 	@echo "i686 build linked (32-bit Wine is not installable here, so its tests are not run)"
 
 # libFuzzer targets (clang, ASan and UBSan, the library linked statically): each runs for
-# FUZZ_SECONDS in make fuzz, and for 10 s from its seed corpus in the CI's smoke run.
+# FUZZ_SECONDS in make fuzz, and for 10 s from its starting corpus in the CI's smoke run.
 fuzz-build:
 	@$(DEPS) build tsan
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ) $(GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(OWN) \

@@ -18,14 +18,14 @@ namespace {
 constexpr size_t TextSize = size_t(16) << 20;
 
 // Words of prose: mostly ASCII, with the share of Latin-1 and CJK words the mix asks for.
-std::string MakeUtf8(int LatinPercent, int CjkPercent, uint32_t Seed) {
+std::string MakeUtf8(int LatinPercent, int CjkPercent, uint32_t Start) {
   static const char* const Ascii[] = {"the",  "of",   "and",  "conversion", "stream", "text",
                                       "code", "page", "byte", "order",      "mark",   "value"};
   static const char* const Latin[] = {"café",  "naïve", "über",   "Straße", "façade",
                                       "señor", "été",   "Ørsted", "crème",  "à"};
   static const char* const Cjk[] = {"日本語", "文字列", "変換",       "東京", "中文",
                                     "编码",   "한국어", "ストリーム", "漢字", "テキスト"};
-  std::mt19937 Gen(Seed);
+  std::mt19937 Gen(Start);
   std::string S;
   S.reserve(TextSize + 64);
   size_t Line = 0;

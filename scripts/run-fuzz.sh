@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs every fuzz target of a build for a number of seconds each, starting from its seed
-# corpus in fuzz/corpus/<name>. New inputs go to a working corpus in the build folder, so the
-# tree's seeds only change by hand; a finding is saved there as crash-*, leak-* or timeout-*.
+# Runs every fuzz target of a build for a number of seconds each, starting from the corpus
+# in fuzz/corpus/<name>. New inputs go to a working corpus in the build folder, so the tree's
+# corpus only changes by hand; a finding is saved there as crash-*, leak-* or timeout-*.
 # Usage: run-fuzz.sh BUILD_DIR SECONDS
 set -euo pipefail
 build=${1:?build directory}
@@ -17,13 +17,13 @@ fi
 status=0
 for exe in "${targets[@]}"; do
   name=${exe##*/kx_fuzz_}
-  seeds=$src/fuzz/corpus/$name
+  start=$src/fuzz/corpus/$name
   work=$build/corpus/$name
   findings=$build/findings/$name
   mkdir -p "$work" "$findings"
   echo "== $name: ${seconds}s"
   if ! "$exe" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=4096 \
-      -print_final_stats=1 -artifact_prefix="$findings/" "$work" "$seeds" \
+      -print_final_stats=1 -artifact_prefix="$findings/" "$work" "$start" \
       >"$build/$name.log" 2>&1; then
     echo "   FAILED: see $build/$name.log and $findings/" >&2
     tail -n 30 "$build/$name.log" >&2

@@ -25,7 +25,7 @@ inline void RunTogether(int Count, const std::function<void(int)>& Body) {
 // A small per-thread random sequence (xorshift), so runs differ by thread but not by clock.
 class TRandom {
 public:
-  explicit TRandom(uint32_t Seed) : FState(Seed * 2654435761u + 1) {}
+  explicit TRandom(uint32_t Start) : FState(Start * 2654435761u + 1) {}
   uint32_t Next(uint32_t Below) {
     FState ^= FState << 13;
     FState ^= FState >> 17;

@@ -42,8 +42,8 @@ TRun Kx(std::vector<std::string> Args, const std::string& Input = {}) {
   return R;
 }
 
-std::string Random(size_t N, uint32_t Seed) {
-  std::mt19937 Gen(Seed);
+std::string Random(size_t N, uint32_t Start) {
+  std::mt19937 Gen(Start);
   std::string S(N, '\0');
   for (char& C : S) C = char(Gen());
   return S;

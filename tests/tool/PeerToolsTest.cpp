@@ -15,8 +15,8 @@
 
 namespace {
 
-std::string Random(size_t N, uint32_t Seed) {
-  std::mt19937_64 Gen(Seed);
+std::string Random(size_t N, uint32_t Start) {
+  std::mt19937_64 Gen(Start);
   std::string S(N, '\0');
   for (size_t I = 0; I + 8 <= N; I += 8) {
     const uint64_t V = Gen();

@@ -33,11 +33,11 @@ namespace {
 // With KX_TEST_EMIT="<count>:<exit code>" in its environment the test program writes count
 // bytes of a pattern to standard output and one line to standard error, and exits.
 const int Emitter = [] {
-  const char* Spec = std::getenv("KX_TEST_EMIT");
-  if (!Spec) return 0;
+  const char* Request = std::getenv("KX_TEST_EMIT");
+  if (!Request) return 0;
   unsigned long long Count = 0;
   int Code = 0;
-  if (std::sscanf(Spec, "%llu:%d", &Count, &Code) != 2) std::_Exit(99);
+  if (std::sscanf(Request, "%llu:%d", &Count, &Code) != 2) std::_Exit(99);
 #if defined(_WIN32)
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);

@@ -14,9 +14,9 @@ using namespace kx;
 
 namespace {
 
-std::string MixedData(size_t N, uint32_t Seed) {
+std::string MixedData(size_t N, uint32_t Start) {
   // Text-like runs with random bytes between them: compresses, but not to nothing.
-  std::mt19937 Gen(Seed);
+  std::mt19937 Gen(Start);
   std::string S;
   S.reserve(N);
   while (S.size() < N) {
