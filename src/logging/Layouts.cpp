@@ -37,6 +37,22 @@ void AppendDecimal(UnicodeString& Out, int64_t V) {
   while (N) Out += char16_t(Buf[--N]);
 }
 
+// "yyyy-mm-dd?hh:nn:ss" into B[0..18], with Sep between the date and the time.
+void PutDateAndTime(char16_t* B, const TSystemTime& T, char16_t Sep) {
+  Put2(B, T.wYear / 100 % 100);
+  Put2(B + 2, T.wYear % 100);
+  B[4] = u'-';
+  Put2(B + 5, T.wMonth);
+  B[7] = u'-';
+  Put2(B + 8, T.wDay);
+  B[10] = Sep;
+  Put2(B + 11, T.wHour);
+  B[13] = u':';
+  Put2(B + 14, T.wMinute);
+  B[16] = u':';
+  Put2(B + 17, T.wSecond);
+}
+
 } // namespace
 
 namespace detail {
@@ -46,18 +62,7 @@ void AppendLogTimeStamp(UnicodeString& Out) {
   TSystemTime T;
   platform::HostStampLocalTime(T);
   char16_t B[23] = {};
-  Put2(B, T.wYear / 100 % 100);
-  Put2(B + 2, T.wYear % 100);
-  B[4] = u'-';
-  Put2(B + 5, T.wMonth);
-  B[7] = u'-';
-  Put2(B + 8, T.wDay);
-  B[10] = u' ';
-  Put2(B + 11, T.wHour);
-  B[13] = u':';
-  Put2(B + 14, T.wMinute);
-  B[16] = u':';
-  Put2(B + 17, T.wSecond);
+  PutDateAndTime(B, T, u' ');
   B[19] = u':';
   B[20] = char16_t(u'0' + T.wMilliseconds / 100);
   Put2(B + 21, T.wMilliseconds % 100);
@@ -71,18 +76,7 @@ UnicodeString KxLogIsoTimeStamp() {
   TSystemTime T;
   platform::GetSystemTime(T);
   char16_t B[20] = {};
-  Put2(B, T.wYear / 100 % 100);
-  Put2(B + 2, T.wYear % 100);
-  B[4] = u'-';
-  Put2(B + 5, T.wMonth);
-  B[7] = u'-';
-  Put2(B + 8, T.wDay);
-  B[10] = u'T';
-  Put2(B + 11, T.wHour);
-  B[13] = u':';
-  Put2(B + 14, T.wMinute);
-  B[16] = u':';
-  Put2(B + 17, T.wSecond);
+  PutDateAndTime(B, T, u'T');
   B[19] = u'Z';
   return UnicodeString(B, 20);
 }
