@@ -394,10 +394,7 @@ IPtr<IKxLogger> KX_STDCALL TKxLogger::GetParentLogger() {
 }
 
 TKxLogLevel KX_STDCALL TKxLogger::GetLevel() {
-  const TKxLogger* L = this;
-  // The parent reference is the route; a chain of inheriting loggers is walked, not recursed.
-  while (L->FParentLevel.load(std::memory_order_relaxed) && L->FParentIntf) L = L->FParent;
-  return L->FLevel.load(std::memory_order_relaxed);
+  return EffectiveLevel();
 }
 
 void KX_STDCALL TKxLogger::SetAdditive(bool Value) {
@@ -549,26 +546,19 @@ bool KX_STDCALL TKxLogger::IsEnabledFor(TKxLogLevel Level) {
   return StoredLevel() >= Level;
 }
 
-void TKxLogger::DoLog(const UnicodeString& LoggerName, TKxLogLevel Level, TKxLogIndent Indent,
-                      const TKxDataRec* Data, const UnicodeString& Msg) {
-  for (TKxLogger* L = this; L;) {
-    // The level is read before the list is locked: a logger that rejects the message never
-    // touches its lock. Each ancestor applies its own level.
-    if (L->GetLevel() <= Level) {
-      TKxLogAppenderList* List = L->FAppenders;
-      List->Lock(UnicodeString(), false);
-      try {
-        for (const TKxLogAppenderList::TEntry& E : List->Items())
-          E.Appender->Write(LoggerName, L->FFullName, Level, Msg, Data, Indent);
-      } catch (...) {
-        List->Unlock();
-        throw;
-      }
-      List->Unlock();
-    }
-    if (!L->FAdditive.load(std::memory_order_relaxed) || !L->FParentIntf) break;
-    L = L->FParent;
+void TKxLogger::WriteAppenders(const UnicodeString& LoggerName, TKxLogLevel Level,
+                               TKxLogIndent Indent, const TKxDataRec* Data,
+                               const UnicodeString& Msg) {
+  TKxLogAppenderList* List = FAppenders;
+  List->Lock(UnicodeString(), false);
+  try {
+    for (const TKxLogAppenderList::TEntry& E : List->Items())
+      E.Appender->Write(LoggerName, FFullName, Level, Msg, Data, Indent);
+  } catch (...) {
+    List->Unlock();
+    throw;
   }
+  List->Unlock();
 }
 
 void KX_STDCALL TKxLogger::Trace(const UnicodeString& Msg) {

@@ -131,8 +131,25 @@ public:
   TKxLogLevel StoredLevel() const { return FLevel.load(std::memory_order_relaxed); }
 
 protected:
+  // Inline because a rejected message should cost no more than reading the levels of the
+  // additive chain: no virtual call, no lock.
   void DoLog(const UnicodeString& LoggerName, TKxLogLevel Level, TKxLogIndent Indent,
-             const TKxDataRec* Data, const UnicodeString& Msg);
+             const TKxDataRec* Data, const UnicodeString& Msg) {
+    for (TKxLogger* L = this; L;) {
+      // Each ancestor applies its own level to its own appenders.
+      if (L->EffectiveLevel() <= Level) L->WriteAppenders(LoggerName, Level, Indent, Data, Msg);
+      if (!L->FAdditive.load(std::memory_order_relaxed) || !L->FParentIntf) break;
+      L = L->FParent;
+    }
+  }
+  // GetLevel without the virtual call: the parent reference is the route, walked not recursed.
+  TKxLogLevel EffectiveLevel() const {
+    const TKxLogger* L = this;
+    while (L->FParentLevel.load(std::memory_order_relaxed) && L->FParentIntf) L = L->FParent;
+    return L->FLevel.load(std::memory_order_relaxed);
+  }
+  void WriteAppenders(const UnicodeString& LoggerName, TKxLogLevel Level, TKxLogIndent Indent,
+                      const TKxDataRec* Data, const UnicodeString& Msg);
 
 public:
   // Drops the parent reference of every child and empties the child list, last first.
