@@ -28,6 +28,8 @@ constexpr TUnitSteps Units[] = {
     {"uKxLogger", &detail::uKxLogger_Initialize, &detail::uKxLogger_Finalize},
     {"uKxLogAppenders", &detail::uKxLogAppenders_Initialize, &detail::uKxLogAppenders_Finalize},
     {"uKxLogLayouts", &detail::uKxLogLayouts_Initialize, &detail::uKxLogLayouts_Finalize},
+    // The list of live session-event components is made by the first of them.
+    {"uKxSessionEvents", nullptr, &detail::uKxSessionEvents_Finalize},
 };
 
 std::atomic<int> InitCount{0};

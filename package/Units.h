@@ -20,5 +20,6 @@ void uKxLogAppenders_Initialize();
 void uKxLogAppenders_Finalize();
 void uKxLogLayouts_Initialize();
 void uKxLogLayouts_Finalize();
+void uKxSessionEvents_Finalize();
 
 } // namespace kx::detail

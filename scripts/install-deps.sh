@@ -3,8 +3,8 @@
 # Usage: install-deps.sh GROUP...   (build, test, windows, tsan, bench, format)
 set -euo pipefail
 declare -A groups=(
-  [build]="cmake ninja-build g++ make pkg-config zlib1g-dev libicu-dev libssl-dev libmagic-dev libcli11-dev"
-  [test]="libgtest-dev coreutils gzip sharutils xsltproc libxml2-utils file media-types pigz qpdf"
+  [build]="cmake ninja-build g++ make pkg-config zlib1g-dev libicu-dev libssl-dev libmagic-dev libcli11-dev libsystemd-dev"
+  [test]="libgtest-dev coreutils gzip sharutils xsltproc libxml2-utils file media-types pigz qpdf dbus-daemon python3-dbusmock"
   [windows]="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev libgtest-dev libcli11-dev wine64 wine"
   [tsan]="clang libclang-rt-dev libgtest-dev"
   [bench]="libbenchmark-dev libspdlog-dev hyperfine"

@@ -14,6 +14,10 @@ if [ "$mode" = wine ]; then
     echo "Creating Wine prefix in $WINEPREFIX"
     /usr/lib/wine/wine64 wineboot --init >/dev/null 2>&1 || true
   fi
+  # No display here: the null graphics driver lets tests create (hidden) windows.
+  if ! grep -q '"Graphics"="null"' "$WINEPREFIX/user.reg" 2>/dev/null; then
+    /usr/lib/wine/wine64 reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 || true
+  fi
   # One wineserver for the whole run: each Wine start would otherwise pay for its own.
   /usr/lib/wine/wineserver -p >/dev/null 2>&1 || true
   trap '/usr/lib/wine/wineserver -k >/dev/null 2>&1 || true' EXIT
