@@ -2,6 +2,7 @@
 // Path text of uKxWindows.
 #include <kx/rtl/Files.h>
 #include <kx/rtl/SysUtils.h>
+#include <kx/sysutils/SystemInfo.h>
 #include <kx/windows/FilePaths.h>
 
 #include "platform/Platform.h"
@@ -13,6 +14,35 @@ namespace {
 // GetShortPathName's buffer holds 260 characters, of which 259 are offered.
 constexpr size_t ShortNameLimit = 259;
 constexpr uint32_t ErrorInsufficientBuffer = 122;
+
+bool IsSlash(AnsiChar C) {
+  return C == PathDelim || C == '/';
+}
+
+bool SameDriveLetter(AnsiChar A, AnsiChar B) {
+  return (A | 0x20) == (B | 0x20);
+}
+
+// Name as ExpandFileName resolves it when Folder (ending in a delimiter) is the working folder.
+AnsiString ExpandFileNameIn(const AnsiString& Folder, const AnsiString& Name) {
+  if (Name.empty()) return ExpandFileName(Name);
+  const bool Drives = *DriveDelim != '\0';
+  if (IsSlash(Name[0])) {
+    // "\\server" and "//x" are absolute; a single delimiter is the root of the working drive.
+    if (!Drives || (Name.size() > 1 && IsSlash(Name[1]))) return ExpandFileName(Name);
+    return ExpandFileName(ExtractFileDrive(Folder) + Name);
+  }
+  if (Drives && Name.size() >= 2 && Name[1] == *DriveDelim) {
+    if (Name.size() > 2 && IsSlash(Name[2])) return ExpandFileName(Name);
+    // "D:x" is relative to D's own working folder, which only moves with a working folder on D.
+    if (Folder.size() < 2 || Folder[1] != *DriveDelim || !SameDriveLetter(Folder[0], Name[0]))
+      return ExpandFileName(Name);
+    // A bare "D:" is the folder itself, without its trailing delimiter.
+    if (Name.size() == 2) return ExpandFileName(Folder + ".");
+    return ExpandFileName(Folder + Name.substr(2));
+  }
+  return ExpandFileName(Folder + Name);
+}
 
 } // namespace
 
@@ -44,6 +74,15 @@ bool KxIsAliasedFilename(const AnsiString& S) {
   if (Trim(S).empty()) return false;
   if (S[0] == '.') return true;
   return S.find('\\') != AnsiString::npos && S.find(':') == AnsiString::npos;
+}
+
+AnsiString KxExpandFileName(const AnsiString& S) {
+  const AnsiString Expanded = KxExpandEnvVarsAndStrings(S);
+  const AnsiString Folder = ExtractFilePath(platform::ModuleFileName());
+  // Without a known executable the working folder stays the reference, as a failed change of
+  // folder would leave it.
+  if (Folder.empty()) return ExpandFileName(Expanded);
+  return ExpandFileNameIn(Folder, Expanded);
 }
 
 AnsiString KxGetShortFileName(const AnsiString& S) {

@@ -22,6 +22,13 @@ KX_API AnsiString KxCleanupFileName(const AnsiString& S, const TKxCharSet& Inval
 // Relative names: false for a blank S; true when S starts with "." or holds a backslash but no
 // ":"; false otherwise.
 KX_API bool KxIsAliasedFilename(const AnsiString& S);
+// S with its environment references expanded (KxExpandEnvVarsAndStrings), made absolute as
+// ExpandFileName would with the running executable's folder as the working folder. The process's
+// working folder is neither read nor changed, so other threads resolving relative names are not
+// disturbed. Absolute names keep their own root; on Windows "\x" takes the executable's drive and
+// a drive-relative "D:x" is resolved in that drive's own working folder unless D is the
+// executable's drive.
+KX_API AnsiString KxExpandFileName(const AnsiString& S);
 // The short (8.3) form of an existing path (GetShortPathName into 260 characters). Linux has
 // no short names: the path comes back as it is. EOSError when the path does not exist or the
 // short form needs more than 259 characters.
