@@ -184,14 +184,26 @@ int32_t TKxZLibDecompressionStream::Read(void* Buffer, int32_t Count) {
   S.next_out = static_cast<Bytef*>(Buffer);
   S.avail_out = uInt(Count);
   while (S.avail_out > 0 && !FStreamEnd) {
+    bool Dry = false;
     if (S.avail_in == 0) {
       const int32_t Got = ZlStreamRead(FBuffer, ZLibBufferSize);
-      if (Got <= 0) break;
-      S.next_in = FBuffer;
-      S.avail_in = uInt(Got);
-      DoProgress();
+      if (Got > 0) {
+        S.next_in = FBuffer;
+        S.avail_in = uInt(Got);
+        DoProgress();
+      } else {
+        // The engine may still hold output of input it has taken (a long match that did not
+        // fit the last buffer): a source that ran dry ends the read only once that is out.
+        Dry = true;
+        S.next_in = FBuffer;
+      }
     }
-    FStreamEnd = DecompressCheck(inflate(&S, Z_NO_FLUSH)) == Z_STREAM_END;
+    const uInt Room = S.avail_out;
+    const int Code = inflate(&S, Z_NO_FLUSH);
+    if (Dry && Code != Z_STREAM_END && (Code == Z_BUF_ERROR || S.avail_out == Room)) break;
+    // No preset dictionary can be given, and inflate would ask for it again on every call.
+    if (Code == Z_NEED_DICT) throw EKxZLibDecompressionError(Code);
+    FStreamEnd = DecompressCheck(Code) == Z_STREAM_END;
   }
   if (FStreamEnd && S.avail_in > 0) {
     // Leave the wrapped stream just after the compressed data.
