@@ -4,11 +4,13 @@
 #include "Tool.h"
 
 #include <kx/uKxZLib.h>
+#include <kx/windows/ContentType.h>
 
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <random>
 
@@ -184,4 +186,76 @@ TEST(KxTool, UUAndIconv) {
   EXPECT_EQ(Kx({"iconv", "-f", "1252", "-t", "utf-16"}, "\x80").Out, std::string("\xac\x20", 2));
   EXPECT_EQ(Kx({"iconv", "-f", "utf-16", "-t", "65001"}, std::string("\xac\x20", 2)).Out,
             "\xe2\x82\xac");
+}
+
+TEST(KxTool, DateConvertsOneInstantBetweenForms) {
+  // The same instant in each form, read back from each form.
+  EXPECT_EQ(Kx({"date", "-u", "1700000000"}).Out, "2023-11-14T22:13:20Z\n");
+  EXPECT_EQ(Kx({"date", "-u", "-t", "luo", "@1700000000"}).Out, "NOV 14 2023 10:13:20:000PM\n");
+  EXPECT_EQ(Kx({"date", "-t", "unix", "2023-11-14T22:13:20Z"}).Out, "1700000000\n");
+  EXPECT_EQ(Kx({"date", "-u", "-t", "unix", "NOV 14 2023 10:13:20:000PM"}).Out, "1700000000\n");
+  // An offset names the instant whatever --utc says; milliseconds only when asked for.
+  for (const char* Zone : {"-u", "--msec"}) {
+    const TRun R = Kx({"date", Zone, "-t", "unix", "2023-11-15T00:43:20.250+02:30"});
+    EXPECT_EQ(R.Out, "1700000000\n") << Zone;
+  }
+  EXPECT_EQ(Kx({"date", "-u", "-m", "2023-11-15T00:43:20.250+02:30"}).Out,
+            "2023-11-14T22:13:20.250Z\n");
+  // Before 1899 the time of day is no longer a plain fraction: offsets still move forward.
+  EXPECT_EQ(Kx({"date", "-u", "-t", "unix", "1800-06-15T18:30:00Z"}).Out, "-5350339800\n");
+  EXPECT_EQ(Kx({"date", "-u", "-5350339800"}).Out, "1800-06-15T18:30:00Z\n");
+  EXPECT_EQ(Kx({"date", "-u", "-t", "unix", "1800-06-15T20:30:00+02:00"}).Out, "-5350339800\n");
+  EXPECT_EQ(Kx({"date", "-u", "-t", "luo", "--", "-5350339800"}).Out,
+            "JUN 15 1800  6:30:00:000PM\n");
+  EXPECT_EQ(Kx({"date", "-u", "-t", "unix", "JUN 15 1800  6:30:00:000PM"}).Out, "-5350339800\n");
+  EXPECT_EQ(Kx({"date", "-u", "-62135596800", "253402300799"}).Out,
+            "0001-01-01T00:00:00Z\n9999-12-31T23:59:59Z\n");
+  // Local time writes its offset, so the text reads back as the same instant.
+  const TRun Local = Kx({"date", "1700000000"});
+  ASSERT_EQ(Local.Status, 0);
+  EXPECT_EQ(Kx({"date", "-t", "unix"}, Local.Out).Out, "1700000000\n");
+  const TRun Luo = Kx({"date", "-t", "luo", "1700000000"});
+  EXPECT_EQ(Kx({"date", "-t", "unix"}, Luo.Out).Out, "1700000000\n");
+}
+
+TEST(KxTool, DateReadsLinesAndReportsEachBadValue) {
+  const TRun R = Kx({"date", "-u", "-f", "unix"}, "0\n\n  86400 \r\n12x\n99999999999999\n1\n");
+  EXPECT_EQ(R.Status, 1);
+  EXPECT_EQ(R.Out, "1970-01-01T00:00:00Z\n1970-01-02T00:00:00Z\n1970-01-01T00:00:01Z\n");
+  EXPECT_EQ(std::count(R.Err.begin(), R.Err.end(), '\n'), 2) << R.Err;
+  EXPECT_EQ(R.Err.rfind("kx date: 12x: ", 0), 0u) << R.Err;
+  for (const char* Bad : {"2023-13-01", "2023-11", "12:00:00", "FOO 14 2023 10:13:20:000PM",
+                          "10000-01-01", "-253402300800"}) {
+    const TRun E = Kx({"date", "-u", "--", Bad});
+    EXPECT_EQ(E.Status, 1) << Bad;
+    EXPECT_EQ(E.Out, "") << Bad;
+    EXPECT_EQ(std::count(E.Err.begin(), E.Err.end(), '\n'), 1) << Bad << ": " << E.Err;
+  }
+  EXPECT_EQ(Kx({"date", "--to", "auto", "0"}).Status, 2);
+  EXPECT_EQ(Kx({"date", "--from", "rfc", "0"}).Status, 2);
+}
+
+TEST(KxTool, MimeByNameAndByContent) {
+  kxtest::TTempFolder Dir;
+  // A PNG's signature under a name that says nothing, and text under a name that says PNG.
+  static const char Header[] = "\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0\0\x01\0\0\0\x01\x08\x06\0\0\0";
+  const std::string Png = Dir.WriteFile("picture.dat", std::string(Header, sizeof Header - 1));
+  const std::string Named = Dir.WriteFile("notes.png", "plain words\n");
+  // The platform's own name for it: FindMimeFromData says image/x-png.
+  const std::string PngType(KxGetMimeType(Header, sizeof Header - 1));
+  EXPECT_TRUE(PngType == "image/png" || PngType == "image/x-png") << PngType;
+  EXPECT_EQ(Kx({"mime", "--by", "name", "page.pdf", Named}).Out,
+            "page.pdf: application/pdf\n" + Named + ": image/png\n");
+  const TRun Content = Kx({"mime", Png});
+  EXPECT_EQ(Content.Status, 0);
+  EXPECT_EQ(Content.Out, Png + ": " + PngType + "\n");
+  EXPECT_EQ(Kx({"mime", "-b", "content", "-"}, std::string(Header, sizeof Header - 1)).Out,
+            "-: " + PngType + "\n");
+  // A missing file is one line on standard error; the others are still listed.
+  const TRun Missing = Kx({"mime", Dir.Name("absent.txt"), Png});
+  EXPECT_EQ(Missing.Status, 1);
+  EXPECT_EQ(Missing.Out, Png + ": " + PngType + "\n");
+  EXPECT_EQ(std::count(Missing.Err.begin(), Missing.Err.end(), '\n'), 1) << Missing.Err;
+  EXPECT_EQ(Kx({"mime"}).Status, 2);
+  EXPECT_EQ(Kx({"mime", "-b", "magic", Png}).Status, 2);
 }

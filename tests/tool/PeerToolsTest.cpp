@@ -158,3 +158,40 @@ TEST_F(PeerTools, IconvAgrees) {
   const TShell List = Shell(Dir, Kx + " iconv -l");
   EXPECT_NE(List.Out.find("65001 utf-8\n"), std::string::npos);
 }
+
+TEST_F(PeerTools, DateAgreesWithGnuDate) {
+  Need("date");
+  if (!Shell(Dir, "date --version | grep -q GNU").Ok) GTEST_SKIP() << "date is not GNU date";
+  // Instants from year 1000 to 9999, half of them within a century of the epoch.
+  std::mt19937_64 Gen(12);
+  std::string Ours, Theirs;
+  std::vector<int64_t> Seconds = {0, -1, 951782400 /* 2000-02-29 */, -30610224000 /* 1000 */,
+                                  253402300799};
+  while (Seconds.size() < 400) {
+    const int64_t Low = Seconds.size() % 2 ? -2208988800 : -30610224000;
+    const int64_t High = Seconds.size() % 2 ? 4102444800 : 253402300799;
+    Seconds.push_back(Low + int64_t(Gen() % uint64_t(High - Low)));
+  }
+  for (int64_t S : Seconds) {
+    Ours += std::to_string(S) + "\n";
+    Theirs += "@" + std::to_string(S) + "\n";
+  }
+  const std::string OurList = Dir.WriteFile("ours.txt", Ours);
+  const std::string TheirList = Dir.WriteFile("theirs.txt", Theirs);
+  const auto Check = [&](const std::string& KxArgs, const std::string& Format) -> std::string {
+    const TShell A = Shell(Dir, Kx + " date -u " + KxArgs + " < '" + OurList + "'");
+    const TShell B = Shell(Dir, "LC_ALL=C date -u -f '" + TheirList + "' '+" + Format + "'");
+    EXPECT_TRUE(A.Ok && B.Ok) << KxArgs;
+    EXPECT_TRUE(A.Out == B.Out) << KxArgs << "\n"
+                                << A.Out.substr(0, 200) << "\n"
+                                << B.Out.substr(0, 200);
+    return A.Out;
+  };
+  const std::string Iso = Check("", "%Y-%m-%dT%H:%M:%SZ");
+  const std::string Luo = Check("-t luo", "%^b %e %Y %l:%M:%S:000%p");
+  // And back to the numbers from either text.
+  EXPECT_TRUE(Shell(Dir, Kx + " date -u -t unix < '" + Dir.WriteFile("iso.txt", Iso) + "'").Out ==
+              Ours);
+  EXPECT_TRUE(Shell(Dir, Kx + " date -u -t unix < '" + Dir.WriteFile("luo.txt", Luo) + "'").Out ==
+              Ours);
+}

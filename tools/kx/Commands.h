@@ -44,4 +44,20 @@ struct TIconvOptions {
 };
 int Iconv(const TIconvOptions& O, TToolIO& IO);
 
+// mime FILE...: the type by content where the platform can tell, else by name.
+enum class TMimeSource { Auto, Name, Content };
+int Mime(TMimeSource Source, const std::vector<std::string>& Files, TToolIO& IO);
+
+// date [--from FORM] [--to FORM] [--utc] [VALUE...]: values from the arguments, or one a line
+// from standard input.
+enum class TDateForm { Auto, Iso, Luo, Unix };
+struct TDateOptions {
+  TDateForm From = TDateForm::Auto;
+  TDateForm To = TDateForm::Iso;
+  bool Utc = false;
+  bool MSec = false;
+  std::vector<std::string> Values;
+};
+int DateConvert(const TDateOptions& O, TToolIO& IO);
+
 } // namespace kxtool

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <map>
 
 namespace kxtool {
 
@@ -115,6 +116,49 @@ int Run(const std::vector<std::string>& ArgsIn, TToolIO& IO) {
   IconvApp->add_flag("-l,--list", Conv.List, "list the code pages that have charset names");
   IconvApp->add_option("file", Conv.File, "the input (standard input when absent or -)");
 
+  TMimeSource MimeBy = TMimeSource::Auto;
+  std::vector<std::string> MimeFiles;
+  CLI::App* MimeApp = App.add_subcommand(
+      "mime", "print each file's MIME type (as file --mime-type): by content where the "
+              "platform can tell, else by name");
+  const std::map<std::string, TMimeSource> MimeSources{
+      {"auto", TMimeSource::Auto}, {"name", TMimeSource::Name}, {"content", TMimeSource::Content}};
+  MimeApp
+      ->add_option("-b,--by", MimeBy,
+                   "auto (default), name (the extension only; the file need not exist) or "
+                   "content")
+      ->transform(CLI::CheckedTransformer(MimeSources).description(""))
+      ->type_name("auto|name|content");
+  MimeApp->add_option("files", MimeFiles, "the files (- for standard input, by content)")
+      ->required();
+
+  TDateOptions DateO;
+  CLI::App* DateApp =
+      App.add_subcommand("date", "convert instants between ISO 8601, the LUO layout and Unix time");
+  const std::map<std::string, TDateForm> DateForms{{"auto", TDateForm::Auto},
+                                                   {"iso", TDateForm::Iso},
+                                                   {"luo", TDateForm::Luo},
+                                                   {"unix", TDateForm::Unix}};
+  DateApp
+      ->add_option("-f,--from", DateO.From,
+                   "the values' form: auto (default: digits are Unix time, a leading letter "
+                   "the LUO layout, anything else ISO 8601), iso, luo or unix")
+      ->transform(CLI::CheckedTransformer(DateForms).description(""))
+      ->type_name("auto|iso|luo|unix");
+  DateApp->add_option("-t,--to", DateO.To, "the form to write: iso (default), luo or unix")
+      ->transform(CLI::CheckedTransformer(DateForms).description(""))
+      ->type_name("iso|luo|unix");
+  DateApp->add_flag("-u,--utc", DateO.Utc,
+                    "read and write wall-clock times as UTC rather than local time");
+  DateApp->add_flag("-m,--msec", DateO.MSec, "write milliseconds in ISO 8601 output");
+  DateApp->add_option("values", DateO.Values,
+                      "the values (one a line from standard input when none)");
+  DateApp->footer(
+      "ISO 8601 output carries its zone (Z or +hh:mm), so it reads back as the same instant; "
+      "ISO input without one, and LUO input, are local time (UTC with --utc). Unix time is "
+      "whole seconds, optionally after @ (a negative one as @-N or after --); converting to it "
+      "rounds to the nearest second.");
+
   std::string Command = Args.empty() ? std::string() : Args.front();
   try {
     std::vector<std::string> Reversed(Args.rbegin(), Args.rend());
@@ -148,6 +192,11 @@ int Run(const std::vector<std::string>& ArgsIn, TToolIO& IO) {
     if (Sub == MD5) return DigestSum(TDigest::MD5, MD5Check, MD5Files, IO);
     if (Sub == Sha1) return DigestSum(TDigest::SHA1, Sha1Check, Sha1Files, IO);
     if (Sub == IconvApp) return Iconv(Conv, IO);
+    if (Sub == MimeApp) return Mime(MimeBy, MimeFiles, IO);
+    if (Sub == DateApp) {
+      if (DateO.To == TDateForm::Auto) throw TToolError{"--to takes iso, luo or unix", 2};
+      return DateConvert(DateO, IO);
+    }
     for (size_t I = 0; I < CompressApps.size(); ++I) {
       if (Sub != CompressApps[I]) continue;
       CompressCommands[I].O->Level = LevelFlag;
