@@ -3,7 +3,8 @@
 # service processes, when the program starts them, inherit its handles and live on, and
 # must not hold CTest's pipe open after the program has ended.
 out=$(mktemp)
-/usr/lib/wine/wine64 "$@" >"$out" 2>&1
+# The program may read its own output (Wine's traces among it) through KX_TEST_OUTPUT_FILE.
+KX_TEST_OUTPUT_FILE="$out" /usr/lib/wine/wine64 "$@" >"$out" 2>&1
 rc=$?
 cat "$out"
 rm -f "$out"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Start-up and shut-down of uKxLogger, uKxLogAppenders and uKxLogLayouts.
+#include <kx/logging/EventLogAppender.h>
 #include <kx/logging/FileAppenders.h>
 #include <kx/logging/Layouts.h>
 #include <kx/logging/Logger.h>
@@ -27,6 +28,7 @@ void uKxLogAppenders_Initialize() {
   RegisteredAppenders()->Add(TKxFileAppender::ClassInfo());
   RegisteredAppenders()->Add(TKxRollingFileAppender::ClassInfo());
   RegisteredAppenders()->Add(TKxDailyRollingFileAppender::ClassInfo());
+  RegisteredAppenders()->Add(TKxEventLogAppender::ClassInfo());
 }
 
 void uKxLogAppenders_Finalize() {}

@@ -28,5 +28,11 @@ uint32_t RegQueryValue(RegKey Key, const AnsiString& Name, uint32_t& Type,
 bool RegQueryString(RegKey Key, const AnsiString& Name, AnsiString& Value);
 // The names of the key's subkeys, in the registry's order.
 bool RegEnumSubKeys(RegKey Key, std::vector<AnsiString>& Names);
+// RegCreateKeyEx (a lasting key); Created tells whether it is new. The result as above.
+uint32_t RegCreateKey(uintptr_t Root, const AnsiString& Path, uint32_t Access, RegKey& Key,
+                      bool& Created);
+// RegSetValueEx with a REG_SZ (terminator included) or a REG_DWORD; the result as above.
+uint32_t RegSetString(RegKey Key, const AnsiString& Name, const AnsiString& Value);
+uint32_t RegSetInteger(RegKey Key, const AnsiString& Name, uint32_t Value);
 
 } // namespace kx::platform

@@ -25,4 +25,19 @@ bool RegEnumSubKeys(RegKey, std::vector<AnsiString>&) {
   return false;
 }
 
+uint32_t RegCreateKey(uintptr_t, const AnsiString&, uint32_t, RegKey& Key, bool& Created) {
+  Key = nullptr;
+  Created = false;
+  errno = int(ERROR_NOT_SUPPORTED_);
+  return ERROR_NOT_SUPPORTED_;
+}
+uint32_t RegSetString(RegKey, const AnsiString&, const AnsiString&) {
+  errno = int(ERROR_NOT_SUPPORTED_);
+  return ERROR_NOT_SUPPORTED_;
+}
+uint32_t RegSetInteger(RegKey, const AnsiString&, uint32_t) {
+  errno = int(ERROR_NOT_SUPPORTED_);
+  return ERROR_NOT_SUPPORTED_;
+}
+
 } // namespace kx::platform

@@ -7,6 +7,7 @@
 // The platform layer's own names, not the A/W macros.
 #undef RegOpenKey
 #undef RegQueryValue
+#undef RegCreateKey
 
 namespace kx::platform {
 
@@ -71,6 +72,41 @@ bool RegEnumSubKeys(RegKey Key, std::vector<AnsiString>& Names) {
     }
     Names.emplace_back(Buf, Len);
   }
+}
+
+namespace {
+const char* SkipRootDelimiter(const AnsiString& Path) {
+  const char* P = Path.c_str();
+  return *P == '\\' ? P + 1 : P;
+}
+uint32_t Result(LONG Rc) {
+  if (Rc != ERROR_SUCCESS) ::SetLastError(DWORD(Rc));
+  return uint32_t(Rc);
+}
+} // namespace
+
+uint32_t RegCreateKey(uintptr_t Root, const AnsiString& Path, uint32_t Access, RegKey& Key,
+                      bool& Created) {
+  HKEY H = nullptr;
+  DWORD Disposition = 0;
+  const LONG Rc =
+      ::RegCreateKeyExA(reinterpret_cast<HKEY>(Root), SkipRootDelimiter(Path), 0, nullptr,
+                        REG_OPTION_NON_VOLATILE, Access, nullptr, &H, &Disposition);
+  Key = Rc == ERROR_SUCCESS ? H : nullptr;
+  Created = Rc == ERROR_SUCCESS && Disposition == REG_CREATED_NEW_KEY;
+  return Result(Rc);
+}
+
+uint32_t RegSetString(RegKey Key, const AnsiString& Name, const AnsiString& Value) {
+  return Result(::RegSetValueExA(static_cast<HKEY>(Key), Name.c_str(), 0, REG_SZ,
+                                 reinterpret_cast<const BYTE*>(Value.c_str()),
+                                 DWORD(Value.size() + 1)));
+}
+
+uint32_t RegSetInteger(RegKey Key, const AnsiString& Name, uint32_t Value) {
+  const DWORD V = Value;
+  return Result(::RegSetValueExA(static_cast<HKEY>(Key), Name.c_str(), 0, REG_DWORD,
+                                 reinterpret_cast<const BYTE*>(&V), sizeof V));
 }
 
 } // namespace kx::platform
