@@ -6,6 +6,8 @@
 #include <kx/rtl/System.h>
 
 #include <atomic>
+#include <chrono>
+#include <cstdint>
 
 namespace kx {
 
@@ -27,7 +29,29 @@ public:
   TThreadID GetLockedBy() const;
   bool IsLocked() const;
 
+  // Lockable and TimedLockable, so that std::lock_guard, std::scoped_lock and
+  // std::unique_lock hold the section for a scope and leave it on every way out.
+  void lock() { Enter(); }
+  bool try_lock() { return TryEnter(0); }
+  void unlock() { Leave(); }
+  template <class Rep, class Period>
+  bool try_lock_for(const std::chrono::duration<Rep, Period>& Time) {
+    return TryEnter(TimeoutOf(Time));
+  }
+  template <class Clock, class Duration>
+  bool try_lock_until(const std::chrono::time_point<Clock, Duration>& Time) {
+    return try_lock_for(Time - Clock::now());
+  }
+
 private:
+  // Whole milliseconds, rounded up so that a wait is never shorter than asked; a past time is
+  // no wait, and a longer one than 32 bits hold is the longest finite wait.
+  template <class Rep, class Period>
+  static uint32_t TimeoutOf(const std::chrono::duration<Rep, Period>& Time) {
+    if (Time <= Time.zero()) return 0;
+    const auto Ms = std::chrono::ceil<std::chrono::milliseconds>(Time).count();
+    return Ms >= int64_t(INFINITE_TIMEOUT) ? INFINITE_TIMEOUT - 1 : uint32_t(Ms);
+  }
   // The slow path: waits on the semaphore for the section to be left.
   bool WaitToEnter(TThreadID Me, uint32_t Timeout);
 

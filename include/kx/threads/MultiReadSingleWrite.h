@@ -24,6 +24,15 @@ public:
   bool TryBeginWrite();
   void EndWrite();
 
+  // Lockable and SharedLockable: std::unique_lock (or std::lock_guard) writes for a scope,
+  // std::shared_lock reads.
+  void lock() { BeginWrite(); }
+  bool try_lock() { return TryBeginWrite(); }
+  void unlock() { EndWrite(); }
+  void lock_shared() { BeginRead(); }
+  bool try_lock_shared() { return TryBeginRead(); }
+  void unlock_shared() { EndRead(); }
+
 private:
   // The OS lock itself (zeroed), or in fallback mode a pointer to the synchronizer.
   alignas(16) unsigned char FLock[KxRWLockWordSize] = {};
