@@ -1,6 +1,7 @@
 // Bytes between buffers, byte arrays, streams and Base64, Base64url and hexadecimal text.
 #include <kx/classes/BufferConversions.h>
 #include <kx/classes/MemoryStream.h>
+#include <kx/rtl/OwnedPtr.h>
 
 #include "support/ShortReadStream.h"
 
@@ -8,20 +9,14 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <random>
 
 using namespace kx;
 
 namespace {
 
-struct FreeObject {
-  void operator()(TObject* Obj) const { Obj->Free(); }
-};
-using Stream = std::unique_ptr<TKxMemoryStream, FreeObject>;
-
-Stream StreamOf(const TBytes& Bytes) {
-  Stream S(TKxMemoryStream::Create(16));
+OwnedPtr<TKxMemoryStream> StreamOf(const TBytes& Bytes) {
+  OwnedPtr<TKxMemoryStream> S(TKxMemoryStream::Create(16));
   S->WriteBytes(Bytes);
   S->SetPosition(0);
   return S;
@@ -58,7 +53,7 @@ TEST(KxBufferConversions, RoundTripsThroughEveryForm) {
       EXPECT_EQ(KxBufToString(Data.data(), uint32_t(Size), E), Text);
       auto S = StreamOf(Data);
       S->SetPosition(1);
-      EXPECT_EQ(KxBufToString(S.get(), E), KxBufToString(Data.data() + 1, uint32_t(Size - 1), E))
+      EXPECT_EQ(KxBufToString(S.Get(), E), KxBufToString(Data.data() + 1, uint32_t(Size - 1), E))
           << "the stream from its position";
       EXPECT_EQ(S->Position(), int64_t(Size));
 
@@ -72,7 +67,7 @@ TEST(KxBufferConversions, RoundTripsThroughEveryForm) {
       // Written at the position of a stream that is not emptied first.
       auto Out = StreamOf({'x'});
       Out->SetPosition(1);
-      EXPECT_EQ(KxStringToBuf(Text, E, Out.get()), Out.get());
+      EXPECT_EQ(KxStringToBuf(Text, E, Out.Get()), Out.Get());
       EXPECT_EQ(Out->Size(), int64_t(Size) + 1);
       EXPECT_EQ(Out->Memory()[0], 'x');
       EXPECT_EQ(std::memcmp(Out->Memory() + 1, Data.data(), Size), 0);
@@ -86,7 +81,7 @@ TEST(KxBufferConversions, RoundTripsThroughEveryForm) {
 TEST(KxBufferConversions, HexIntoStreamEmptiesItFirst) {
   auto S = StreamOf({1, 2, 3, 4, 5, 6, 7, 8});
   S->SetPosition(5);
-  EXPECT_EQ(KxHexToBuf("C0FFEE", S.get()), S.get());
+  EXPECT_EQ(KxHexToBuf("C0FFEE", S.Get()), S.Get());
   EXPECT_EQ(S->Size(), 3);
   EXPECT_EQ(std::memcmp(S->Memory(), "\xC0\xFF\xEE", 3), 0);
 

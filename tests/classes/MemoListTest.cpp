@@ -2,9 +2,12 @@
 // Tokenizing, key/description lists and memo lists with their messages.
 #include <kx/uKxClasses.h>
 
+#include "support/ExpectMessage.h"
+
 #include <gtest/gtest.h>
 
 using namespace kx;
+using kxtest::ExpectMessage;
 
 namespace {
 
@@ -12,16 +15,6 @@ std::vector<AnsiString> Items(TStrings* L) {
   std::vector<AnsiString> R;
   for (int32_t I = 0; I < L->Count(); ++I) R.push_back(L->Strings(I));
   return R;
-}
-
-template <class E, class F>
-void ExpectMessage(F&& Call, const char* Message) {
-  try {
-    Call();
-    ADD_FAILURE() << "no exception";
-  } catch (const E& Ex) {
-    EXPECT_EQ(Ex.Message(), Message);
-  }
 }
 
 } // namespace

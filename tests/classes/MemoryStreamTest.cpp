@@ -1,37 +1,24 @@
 // TKxMemoryStream: growth, seeking, foreign memory, typed reads; in-place buffer access.
 #include <kx/classes/MemoryStream.h>
+#include <kx/rtl/OwnedPtr.h>
+
+#include "support/ExpectMessage.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <numeric>
 
 using namespace kx;
+using kxtest::ExpectMessage;
 
 namespace {
 
-struct FreeObject {
-  void operator()(TObject* Obj) const { Obj->Free(); }
-};
-template <class T>
-using Owned = std::unique_ptr<T, FreeObject>;
-
-Owned<TKxMemoryStream> StreamWith(uint32_t BlockSize, int Bytes) {
-  Owned<TKxMemoryStream> S(TKxMemoryStream::Create(BlockSize));
+OwnedPtr<TKxMemoryStream> StreamWith(uint32_t BlockSize, int Bytes) {
+  OwnedPtr<TKxMemoryStream> S(TKxMemoryStream::Create(BlockSize));
   for (int I = 0; I < Bytes; ++I) S->WriteByte(uint8_t(I));
   return S;
-}
-
-template <class F>
-void ExpectMessage(F&& Call, const char* Message) {
-  try {
-    Call();
-    ADD_FAILURE() << "no exception, expected \"" << Message << "\"";
-  } catch (const Exception& E) {
-    EXPECT_EQ(E.Message(), Message);
-  }
 }
 
 } // namespace
@@ -136,7 +123,7 @@ TEST(KxMemoryStream, SetSizeAndClear) {
 
 TEST(KxMemoryStream, ForeignMemoryIsReadAndOverwrittenButNeverResized) {
   char Buf[8] = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'};
-  Owned<TKxMemoryStream> S(TKxMemoryStream::Create(Buf, 8));
+  OwnedPtr<TKxMemoryStream> S(TKxMemoryStream::Create(Buf, 8));
   EXPECT_FALSE(S->OwnsBuffer());
   EXPECT_EQ(S->Delta(), 0u);
   EXPECT_EQ(S->Size(), 8);
@@ -203,14 +190,14 @@ TEST(KxMemoryStream, ReadBufPointsIntoMemoryStreamsAndCopiesOthers) {
   S->SetPosition(3);
   void* Buf = nullptr;
   int64_t Count = 0;
-  EXPECT_FALSE(KxStreamToReadBuf(S.get(), Buf, Count));
+  EXPECT_FALSE(KxStreamToReadBuf(S.Get(), Buf, Count));
   EXPECT_EQ(Buf, S->Memory() + 3);
   EXPECT_EQ(Count, 7);
 
-  Owned<TMemoryStream> M(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> M(TMemoryStream::Create());
   M->Write("hello", 5);
   M->SetPosition(1);
-  EXPECT_FALSE(KxStreamToReadBuf(M.get(), Buf, Count));
+  EXPECT_FALSE(KxStreamToReadBuf(M.Get(), Buf, Count));
   EXPECT_EQ(Buf, static_cast<uint8_t*>(M->Memory()) + 1);
   EXPECT_EQ(Count, 4);
 
@@ -241,15 +228,15 @@ TEST(KxMemoryStream, WriteBufResizesInPlace) {
   auto S = StreamWith(16, 4);
   S->SetPosition(2);
   void* Buf = nullptr;
-  EXPECT_FALSE(KxStreamToWriteBuf(S.get(), Buf, 30));
+  EXPECT_FALSE(KxStreamToWriteBuf(S.Get(), Buf, 30));
   EXPECT_EQ(S->Size(), 32);
   EXPECT_EQ(S->Position(), 2);
   EXPECT_EQ(Buf, S->Memory() + 2);
   std::memset(Buf, 'x', 30);
   EXPECT_EQ(S->Memory()[31], 'x');
 
-  Owned<TMemoryStream> M(TMemoryStream::Create());
-  EXPECT_TRUE(KxStreamToWriteBuf(M.get(), Buf, 8));
+  OwnedPtr<TMemoryStream> M(TMemoryStream::Create());
+  EXPECT_TRUE(KxStreamToWriteBuf(M.Get(), Buf, 8));
   std::memset(Buf, 'y', 8);
   M->Write(Buf, 8);
   std::free(Buf);

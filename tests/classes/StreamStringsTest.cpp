@@ -3,23 +3,20 @@
 #include <kx/rtl/Exceptions.h>
 #include <kx/uKxClasses.h>
 
+#include "support/ExpectMessage.h"
 #include "support/ShortReadStream.h"
+#include "support/SystemCodePage.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 #include <vector>
 
 using namespace kx;
+using kxtest::ExpectMessage;
+using kxtest::TSystemCodePage;
 
 namespace {
-
-struct TSystemCodePage {
-  uint32_t Saved = KxSystemCodePage();
-  explicit TSystemCodePage(uint32_t CodePage) { KxSetSystemCodePage(CodePage); }
-  ~TSystemCodePage() { KxSetSystemCodePage(Saved); }
-};
 
 // A memory stream that tells when it is freed and records the sizes written to it.
 class TProbeStream : public TKxMemoryStream {
@@ -53,15 +50,6 @@ struct TProbe {
   TProbeStream* operator->() const { return S; }
   operator TProbeStream*() const { return S; }
 };
-
-void ExpectMessage(const std::function<void()>& Call, const AnsiString& Message) {
-  try {
-    Call();
-    ADD_FAILURE() << "no exception, expected: " << Message;
-  } catch (const Exception& E) {
-    EXPECT_EQ(E.Message(), Message);
-  }
-}
 
 const AnsiString Utf8Bom = "\xEF\xBB\xBF";
 constexpr const char* SMismatch = "The specified encoding does not match the BOM of the stream!";

@@ -2,8 +2,11 @@
 // in-place parsing of memory streams and chunked reading of other streams.
 #include <kx/classes/MemoryStream.h>
 #include <kx/classes/TextParser.h>
+#include <kx/rtl/OwnedPtr.h>
 
+#include "support/ExpectMessage.h"
 #include "support/ShortReadStream.h"
+#include "support/SystemCodePage.h"
 
 #include <gtest/gtest.h>
 
@@ -12,13 +15,12 @@
 #include <random>
 
 using namespace kx;
+using kxtest::ExpectMessage;
+using kxtest::TSystemCodePage;
 
 namespace {
 
-struct FreeObject {
-  void operator()(TObject* Obj) const { Obj->Free(); }
-};
-using Parser = std::unique_ptr<TKxTextParser, FreeObject>;
+using Parser = OwnedPtr<TKxTextParser>;
 
 // A parser over its own copy of Text (a memory source is parsed in place).
 class Over {
@@ -26,8 +28,8 @@ public:
   Over(std::string AText, uint16_t CodePage = 1252)
       : FText(std::move(AText)),
         FParser(TKxTextParser::Create(FText.data(), uint32_t(FText.size()), CodePage)) {}
-  TKxTextParser* operator->() const { return FParser.get(); }
-  TKxTextParser* get() const { return FParser.get(); }
+  TKxTextParser* operator->() const { return FParser.Get(); }
+  TKxTextParser* get() const { return FParser.Get(); }
 
 private:
   std::string FText;
@@ -39,28 +41,6 @@ std::string Utf16(const std::u16string& W) {
   std::memcpy(Bytes.data(), W.data(), Bytes.size());
   return Bytes;
 }
-
-template <class F>
-void ExpectMessage(F&& Call, const std::string& Message) {
-  try {
-    Call();
-    ADD_FAILURE() << "no exception, expected \"" << Message << "\"";
-  } catch (const Exception& E) {
-    EXPECT_EQ(E.Message(), Message);
-  }
-}
-
-// Sets the system code page for one test.
-class SystemCodePage {
-public:
-  explicit SystemCodePage(uint32_t CodePage) : FSaved(KxSystemCodePage()) {
-    KxSetSystemCodePage(CodePage);
-  }
-  ~SystemCodePage() { KxSetSystemCodePage(FSaved); }
-
-private:
-  uint32_t FSaved;
-};
 
 } // namespace
 
@@ -238,7 +218,7 @@ TEST(KxTextParser, Utf16Moves) {
   EXPECT_EQ(P->SelectedW(tpMarkPos1, tpCurPos), u"cd");
   EXPECT_EQ(P->SelectedCnt(tpMarkPos1, tpPeekPos), 6);
   {
-    SystemCodePage Cp(1252);
+    TSystemCodePage Cp(1252);
     EXPECT_EQ(uint8_t(*P->CurrCharA()), 0xE9);
     EXPECT_EQ(P->SelectedA(tpMarkPos1, tpPeekPos), "cd\xE9");
   }
@@ -353,9 +333,9 @@ TEST(KxTextParser, CreationRules) {
   EXPECT_EQ(Over(Text, 0)->CharacterSetType(), SBCS);
   EXPECT_EQ(Over(Text, 932)->CharacterSetType(), SBCS);
 
-  std::unique_ptr<TKxMemoryStream, FreeObject> Empty(TKxMemoryStream::Create(16));
+  OwnedPtr<TKxMemoryStream> Empty(TKxMemoryStream::Create(16));
   if (KxAssertionsEnabled) {
-    ExpectMessage([&] { Parser(TKxTextParser::Create(Empty.get(), 1252)); },
+    ExpectMessage([&] { Parser(TKxTextParser::Create(Empty.Get(), 1252)); },
                   "It is not possible to parse empty streams! "
                   "(source\\ComponentSets\\Components\\common\\uKxClasses, line 5123)");
   }
@@ -368,10 +348,10 @@ TEST(KxTextParser, CreationRules) {
 }
 
 TEST(KxTextParser, MemoryStreamsAreParsedInPlace) {
-  std::unique_ptr<TKxMemoryStream, FreeObject> S(TKxMemoryStream::Create(16));
+  OwnedPtr<TKxMemoryStream> S(TKxMemoryStream::Create(16));
   S->Write("..key=value", 11);
   S->SetPosition(2);
-  Parser P(TKxTextParser::Create(S.get(), 65001));
+  Parser P(TKxTextParser::Create(S.Get(), 65001));
   EXPECT_EQ(P->Buffer(), S->Memory() + 2);
   EXPECT_EQ(P->BufferEnd(), S->ContentEnd());
   EXPECT_EQ(P->StartPos(), 2);
@@ -380,10 +360,10 @@ TEST(KxTextParser, MemoryStreamsAreParsedInPlace) {
   EXPECT_EQ(P->SelectedA(tpPrevPos, tpCurPos), "y");
   EXPECT_FALSE(P->Chunked());
 
-  std::unique_ptr<TMemoryStream, FreeObject> M(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> M(TMemoryStream::Create());
   M->Write("abc", 3);
   M->SetPosition(1);
-  Parser Q(TKxTextParser::Create(M.get(), 1252));
+  Parser Q(TKxTextParser::Create(M.Get(), 1252));
   EXPECT_EQ(Q->Buffer(), static_cast<uint8_t*>(M->Memory()) + 1);
   EXPECT_EQ(*Q->CurrCharA(), 'b');
 

@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
 // uuencoding: the line layout by length (with the short-chunk rule), both zero characters,
 // sections by name, the errors, and sharutils as a peer.
+#include <kx/rtl/OwnedPtr.h>
 #include <kx/uKxUUCode.h>
 
 #include "encoding/EncodingTestUtils.h"
+#include "support/ExpectMessage.h"
 #include "support/ExternalTool.h"
 #include "support/ShortReadStream.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 using namespace kx;
+using kxtest::ExpectMessage;
 
 namespace {
 
@@ -27,22 +28,9 @@ std::vector<std::string> Lines(const std::string& Text) {
 }
 
 std::string Decoded(const AnsiString& Text, TKxUUHeader* Header = nullptr) {
-  struct TFree {
-    void operator()(TObject* O) const { O->Free(); }
-  };
-  std::unique_ptr<TMemoryStream, TFree> M(TMemoryStream::Create());
-  KxUUDecode(Text, M.get(), Header);
+  OwnedPtr<TMemoryStream> M = MakeOwned<TMemoryStream>();
+  KxUUDecode(Text, M.Get(), Header);
   return std::string(static_cast<char*>(M->Memory()), size_t(M->Size()));
-}
-
-template <class F>
-void ExpectMessage(F&& Call, const char* Message) {
-  try {
-    Call();
-    ADD_FAILURE() << "no exception";
-  } catch (const Exception& E) {
-    EXPECT_EQ(E.Message(), Message);
-  }
 }
 
 // What decoding keeps of n encoded bytes: a final chunk with a remainder of 1 loses a byte.

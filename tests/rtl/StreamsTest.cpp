@@ -1,3 +1,4 @@
+#include <kx/rtl/OwnedPtr.h>
 #include <kx/rtl/Streams.h>
 
 #include "support/ShortReadStream.h"
@@ -10,20 +11,12 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
-#include <memory>
 #include <string>
 
 using namespace kx;
 namespace fs = std::filesystem;
 
 namespace {
-
-// Frees a runtime object when the test leaves its scope.
-struct FreeObject {
-  void operator()(TObject* Obj) const { Obj->Free(); }
-};
-template <class T>
-using Owned = std::unique_ptr<T, FreeObject>;
 
 std::string Content(TMemoryStream* S) {
   return std::string(static_cast<const char*>(S->Memory()), size_t(S->Size()));
@@ -52,7 +45,7 @@ protected:
 } // namespace
 
 TEST(MemoryStream, GrowsInWholeBlocksAndKeepsTheRoundingRule) {
-  Owned<TMemoryStream> S(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> S(TMemoryStream::Create());
   EXPECT_EQ(S->Capacity(), 0);
   EXPECT_EQ(S->Memory(), nullptr);
   S->WriteBuffer("a", 1);
@@ -64,7 +57,7 @@ TEST(MemoryStream, GrowsInWholeBlocksAndKeepsTheRoundingRule) {
   // A capacity request equal to the size is taken as it is, not rounded.
   S->SetSize(S->Size());
   EXPECT_EQ(S->Capacity(), 0x2001);
-  EXPECT_EQ(Content(S.get()), "a" + Block);
+  EXPECT_EQ(Content(S.Get()), "a" + Block);
   S->SetSize(10);
   EXPECT_EQ(S->Capacity(), 0x2000);
   EXPECT_EQ(S->Position(), 10); // was past the new end
@@ -76,7 +69,7 @@ TEST(MemoryStream, GrowsInWholeBlocksAndKeepsTheRoundingRule) {
 }
 
 TEST(MemoryStream, SeekIsNotClampedButReadsAndWritesHonourTheEnd) {
-  Owned<TMemoryStream> S(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> S(TMemoryStream::Create());
   S->WriteBuffer("0123456789", 10);
   EXPECT_EQ(S->Seek(-3, soEnd), 7);
   EXPECT_EQ(S->Seek(int64_t(20), soBeginning), 20);
@@ -93,20 +86,20 @@ TEST(MemoryStream, SeekIsNotClampedButReadsAndWritesHonourTheEnd) {
   // A write past the end fills the gap with zeros.
   S->SetPosition(12);
   S->WriteBuffer("z", 1);
-  EXPECT_EQ(Content(S.get()), std::string("0123456789\0\0z", 13));
+  EXPECT_EQ(Content(S.Get()), std::string("0123456789\0\0z", 13));
   // SetSize keeps a position inside the new size and clamps one beyond it.
   S->SetPosition(3);
   S->SetSize(5);
   EXPECT_EQ(S->Position(), 3);
   S->SetSize(int32_t(8));
-  EXPECT_EQ(Content(S.get()), std::string("01234\0\0\0", 8));
+  EXPECT_EQ(Content(S.Get()), std::string("01234\0\0\0", 8));
   S->SetPosition(8);
   S->SetSize(2);
   EXPECT_EQ(S->Position(), 2);
 }
 
 TEST(MemoryStream, ReadBufferAndWriteBufferAreAllOrNothing) {
-  Owned<TMemoryStream> S(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> S(TMemoryStream::Create());
   S->WriteBuffer("abc", 3);
   S->SetPosition(1);
   char Buf[4];
@@ -136,18 +129,18 @@ TEST(Stream, ShortReadsAndWritesAreRepeatedUntilTheCountOrTheEnd) {
   EXPECT_EQ(One.Reads(), 8) << "a call per byte, and the one that found the end";
   EXPECT_THROW(One.ReadBuffer(Buf, 1), EReadError);
 
-  Owned<TMemoryStream> Sink(TMemoryStream::Create());
-  kxtest::TShortReadStream Pair(Sink.get(), 2);
+  OwnedPtr<TMemoryStream> Sink(TMemoryStream::Create());
+  kxtest::TShortReadStream Pair(Sink.Get(), 2);
   Pair.WriteBuffer("hello", 5);
   EXPECT_EQ(Pair.Writes(), 3);
   EXPECT_EQ(Pair.WriteUpTo("!?", 2), 2);
-  EXPECT_EQ(Content(Sink.get()), "hello!?");
+  EXPECT_EQ(Content(Sink.Get()), "hello!?");
   Sink->SetPosition(-1);
   EXPECT_EQ(Pair.WriteUpTo("x", 1), 0) << "a stream that takes nothing ends it";
 }
 
 TEST(MemoryStream, ImpossibleSizesRaiseTheExpansionError) {
-  Owned<TMemoryStream> S(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> S(TMemoryStream::Create());
   S->WriteBuffer("abc", 3);
   for (int64_t Bad : {int64_t(-1), std::numeric_limits<int64_t>::max() - 1}) {
     try {
@@ -156,54 +149,54 @@ TEST(MemoryStream, ImpossibleSizesRaiseTheExpansionError) {
     } catch (const EStreamError& E) {
       EXPECT_EQ(E.Message(), "Out of memory while expanding memory stream");
     }
-    EXPECT_EQ(Content(S.get()), "abc");
+    EXPECT_EQ(Content(S.Get()), "abc");
   }
 }
 
 TEST(MemoryStream, CopyFromTakesCountBytesOrTheWholeSource) {
-  Owned<TMemoryStream> Src(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> Src(TMemoryStream::Create());
   std::string Big(0x25000, '\0');
   for (size_t I = 0; I < Big.size(); ++I) Big[I] = char(I * 7 + I / 256);
   Src->WriteBuffer(Big.data(), int32_t(Big.size()));
 
-  Owned<TMemoryStream> Dst(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> Dst(TMemoryStream::Create());
   Src->SetPosition(5);
-  EXPECT_EQ(Dst->CopyFrom(Src.get(), 0x20000), 0x20000);
-  EXPECT_EQ(Content(Dst.get()), Big.substr(5, 0x20000));
+  EXPECT_EQ(Dst->CopyFrom(Src.Get(), 0x20000), 0x20000);
+  EXPECT_EQ(Content(Dst.Get()), Big.substr(5, 0x20000));
   EXPECT_EQ(Src->Position(), 0x20005);
 
   Dst->Clear();
-  EXPECT_EQ(Dst->CopyFrom(Src.get(), 0), int64_t(Big.size())); // from the start, wherever it was
-  EXPECT_EQ(Content(Dst.get()), Big);
+  EXPECT_EQ(Dst->CopyFrom(Src.Get(), 0), int64_t(Big.size())); // from the start, wherever it was
+  EXPECT_EQ(Content(Dst.Get()), Big);
 
   Src->SetPosition(int64_t(Big.size()) - 2);
-  EXPECT_THROW(Dst->CopyFrom(Src.get(), 3), EReadError);
+  EXPECT_THROW(Dst->CopyFrom(Src.Get(), 3), EReadError);
 
   // A source that delivers in small pieces must still be copied whole.
   kxtest::TShortReadStream Trickle(std::string_view("abcdefgh"), 3);
   Dst->Clear();
   EXPECT_EQ(Dst->CopyFrom(&Trickle, 5), 5);
-  EXPECT_EQ(Content(Dst.get()), "abcde");
+  EXPECT_EQ(Content(Dst.Get()), "abcde");
   EXPECT_EQ(Dst->CopyFrom(&Trickle, 0), 8);
-  EXPECT_EQ(Content(Dst.get()), "abcdeabcdefgh");
+  EXPECT_EQ(Content(Dst.Get()), "abcdeabcdefgh");
 }
 
 TEST(MemoryStream, SavesToAndLoadsFromStreams) {
-  Owned<TMemoryStream> A(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> A(TMemoryStream::Create());
   A->WriteBuffer("hello", 5);
-  Owned<TMemoryStream> B(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> B(TMemoryStream::Create());
   B->WriteBuffer("xx", 2);
-  A->SaveToStream(B.get());
-  EXPECT_EQ(Content(B.get()), "xxhello");
+  A->SaveToStream(B.Get());
+  EXPECT_EQ(Content(B.Get()), "xxhello");
   EXPECT_EQ(A->Position(), 5); // untouched
-  A->LoadFromStream(B.get());
-  EXPECT_EQ(Content(A.get()), "xxhello");
+  A->LoadFromStream(B.Get());
+  EXPECT_EQ(Content(A.Get()), "xxhello");
   EXPECT_EQ(A->Position(), 5); // kept, as it is still inside the content
   EXPECT_EQ(B->Position(), 7);
 }
 
 TEST(BytesStream, WorksOnItsArrayAndGrowsIt) {
-  Owned<TBytesStream> S(TBytesStream::Create(TBytes{1, 2, 3}));
+  OwnedPtr<TBytesStream> S(TBytesStream::Create(TBytes{1, 2, 3}));
   EXPECT_EQ(S->Size(), 3);
   EXPECT_EQ(S->Position(), 0);
   EXPECT_EQ(S->Capacity(), 3);
@@ -217,7 +210,7 @@ TEST(BytesStream, WorksOnItsArrayAndGrowsIt) {
   EXPECT_EQ(S->Memory(), S->Bytes().data());
   S->Clear();
   EXPECT_TRUE(S->Bytes().empty());
-  Owned<TBytesStream> Empty(TBytesStream::Create());
+  OwnedPtr<TBytesStream> Empty(TBytesStream::Create());
   EXPECT_EQ(Empty->Size(), 0);
   EXPECT_EQ(Empty->Memory(), nullptr);
 }
@@ -225,7 +218,7 @@ TEST(BytesStream, WorksOnItsArrayAndGrowsIt) {
 TEST_F(StreamFiles, FileStreamCreatesWritesSeeksAndTruncates) {
   AnsiString Name = Path("data.bin");
   {
-    Owned<TFileStream> F(TFileStream::Create(Name, fmCreate));
+    OwnedPtr<TFileStream> F(TFileStream::Create(Name, fmCreate));
     EXPECT_EQ(F->FileName(), Name);
     F->WriteBuffer("0123456789", 10);
     EXPECT_EQ(F->Size(), 10);
@@ -245,7 +238,7 @@ TEST_F(StreamFiles, FileStreamCreatesWritesSeeksAndTruncates) {
   EXPECT_EQ(ReadAll(Name), std::string("0123\0\0Z", 7));
 
   // fmCreate empties an existing file.
-  Owned<TFileStream>(TFileStream::Create(Name, fmCreate)).reset();
+  OwnedPtr<TFileStream>(TFileStream::Create(Name, fmCreate)).Reset();
   EXPECT_EQ(fs::file_size(Name), 0u);
 }
 
@@ -253,14 +246,14 @@ TEST_F(StreamFiles, FileStreamOpenModesAndErrors) {
   AnsiString Name = Path("modes.txt");
   std::ofstream(Name, std::ios::binary) << "abc";
   {
-    Owned<TFileStream> R(TFileStream::Create(Name, fmOpenRead));
+    OwnedPtr<TFileStream> R(TFileStream::Create(Name, fmOpenRead));
     EXPECT_EQ(R->Write("x", 1), 0); // read-only: the write fails quietly
     EXPECT_THROW(R->WriteBuffer("x", 1), EWriteError);
     char Buf[3];
     R->ReadBuffer(Buf, 3);
   }
   {
-    Owned<TFileStream> W(TFileStream::Create(Name, fmOpenWrite));
+    OwnedPtr<TFileStream> W(TFileStream::Create(Name, fmOpenWrite));
     char Buf[1];
     EXPECT_EQ(W->Read(Buf, 1), 0); // write-only
     W->WriteBuffer("X", 1);        // overwrites from the start, no truncation
@@ -295,23 +288,23 @@ TEST_F(StreamFiles, FileStreamShareModes) {
   std::ofstream(Name, std::ios::binary) << "line";
   {
     // The appender's mode: read/write, others may only read.
-    Owned<TFileStream> Writer(TFileStream::Create(Name, fmOpenReadWrite | fmShareDenyWrite));
+    OwnedPtr<TFileStream> Writer(TFileStream::Create(Name, fmOpenReadWrite | fmShareDenyWrite));
     EXPECT_THROW(TFileStream::Create(Name, fmOpenReadWrite | fmShareDenyWrite), EFOpenError);
     EXPECT_THROW(TFileStream::Create(Name, fmOpenRead | fmShareExclusive), EFOpenError);
     EXPECT_THROW(TFileStream::Create(Name, fmCreate), EFCreateError);
   }
   EXPECT_EQ(ReadAll(Name), "line"); // the refused create did not empty it
   {
-    Owned<TFileStream> R1(TFileStream::Create(Name, fmOpenRead | fmShareDenyWrite));
-    Owned<TFileStream> R2(TFileStream::Create(Name, fmOpenRead | fmShareDenyWrite));
+    OwnedPtr<TFileStream> R1(TFileStream::Create(Name, fmOpenRead | fmShareDenyWrite));
+    OwnedPtr<TFileStream> R2(TFileStream::Create(Name, fmOpenRead | fmShareDenyWrite));
     EXPECT_THROW(TFileStream::Create(Name, fmOpenWrite | fmShareDenyWrite), EFOpenError);
   }
   {
-    Owned<TFileStream> Created(TFileStream::Create(Name, fmCreate));
+    OwnedPtr<TFileStream> Created(TFileStream::Create(Name, fmCreate));
     EXPECT_THROW(TFileStream::Create(Name, fmOpenRead | fmShareDenyWrite), EFOpenError);
   }
-  Owned<TFileStream> A(TFileStream::Create(Name, fmOpenReadWrite | fmShareDenyNone));
-  Owned<TFileStream> B(TFileStream::Create(Name, fmOpenReadWrite | fmShareDenyNone));
+  OwnedPtr<TFileStream> A(TFileStream::Create(Name, fmOpenReadWrite | fmShareDenyNone));
+  OwnedPtr<TFileStream> B(TFileStream::Create(Name, fmOpenReadWrite | fmShareDenyNone));
   A->WriteBuffer("ab", 2);
   char Buf[2];
   B->ReadBuffer(Buf, 2);
@@ -320,20 +313,20 @@ TEST_F(StreamFiles, FileStreamShareModes) {
 
 TEST_F(StreamFiles, MemoryStreamFilesAndHandleStreams) {
   AnsiString Name = Path("mem.bin");
-  Owned<TMemoryStream> M(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> M(TMemoryStream::Create());
   M->WriteBuffer("payload", 7);
   M->SaveToFile(Name);
   EXPECT_EQ(ReadAll(Name), "payload");
 
-  Owned<TMemoryStream> L(TMemoryStream::Create());
+  OwnedPtr<TMemoryStream> L(TMemoryStream::Create());
   L->LoadFromFile(Name);
-  EXPECT_EQ(Content(L.get()), "payload");
+  EXPECT_EQ(Content(L.Get()), "payload");
   EXPECT_THROW(L->LoadFromFile(Path("nope.bin")), EFOpenError);
 
   // A handle stream uses the handle without owning it.
-  Owned<TFileStream> F(TFileStream::Create(Name, fmOpenRead));
+  OwnedPtr<TFileStream> F(TFileStream::Create(Name, fmOpenRead));
   {
-    Owned<THandleStream> H(THandleStream::Create(F->Handle()));
+    OwnedPtr<THandleStream> H(THandleStream::Create(F->Handle()));
     EXPECT_EQ(H->Size(), 7);
     H->SetPosition(3);
   }

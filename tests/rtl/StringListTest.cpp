@@ -1,5 +1,7 @@
+#include <kx/rtl/OwnedPtr.h>
 #include <kx/rtl/StringList.h>
 
+#include "support/ExpectMessage.h"
 #include "support/ShortReadStream.h"
 
 #include <gtest/gtest.h>
@@ -8,19 +10,16 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <random>
 #include <vector>
 
 using namespace kx;
+using kxtest::ExpectMessage;
 namespace fs = std::filesystem;
 
 namespace {
 
-struct FreeObject {
-  void operator()(TObject* Obj) const { Obj->Free(); }
-};
-using List = std::unique_ptr<TStringList, FreeObject>;
+using List = OwnedPtr<TStringList>;
 
 List MakeList(std::initializer_list<const char*> Items) {
   List L(TStringList::Create());
@@ -45,21 +44,12 @@ private:
   int* FCount;
 };
 
-void ExpectMessage(const std::function<void()>& Call, const char* Expected) {
-  try {
-    Call();
-    ADD_FAILURE() << "no exception, expected: " << Expected;
-  } catch (const EStringListError& E) {
-    EXPECT_EQ(E.Message(), Expected);
-  }
-}
-
 } // namespace
 
 TEST(StringList, SortedListsInsertInOrderAndFindByBinarySearch) {
   List L = MakeList({"pear", "Apple", "fig", "banana", "Cherry"});
   L->SetSorted(true);
-  EXPECT_EQ(Items(L.get()), (V{"Apple", "banana", "Cherry", "fig", "pear"}));
+  EXPECT_EQ(Items(L.Get()), (V{"Apple", "banana", "Cherry", "fig", "pear"}));
   EXPECT_EQ(L->Add("date"), 3);
   int32_t Index = -1;
   EXPECT_TRUE(L->Find("CHERRY", Index)); // case-insensitive by default
@@ -98,7 +88,7 @@ TEST(StringList, DuplicatesOfASortedList) {
   EXPECT_TRUE(L->Find("a", Index));
   EXPECT_EQ(Index, 0); // accepting duplicates, the first of the equal ones
   L->SetDuplicates(dupError);
-  ExpectMessage([&] { L->Add("B"); }, "String list does not allow duplicates");
+  ExpectMessage<EStringListError>([&] { L->Add("B"); }, "String list does not allow duplicates");
   EXPECT_EQ(L->Count(), 3);
   // An unsorted list takes anything.
   List U = MakeList({"x"});
@@ -127,16 +117,17 @@ TEST(StringList, CaseSensitivityChangesComparisonAndOrder) {
 TEST(StringList, SortedListsRefusePositionalChangesAndIndexesAreChecked) {
   List L = MakeList({"a", "b"});
   L->SetSorted(true);
-  ExpectMessage([&] { L->Insert(0, "c"); }, "Operation not allowed on sorted list");
-  ExpectMessage([&] { L->Put(0, "c"); }, "Operation not allowed on sorted list");
-  ExpectMessage([&] { L->Move(0, 1); }, "Operation not allowed on sorted list");
+  ExpectMessage<EStringListError>([&] { L->Insert(0, "c"); },
+                                  "Operation not allowed on sorted list");
+  ExpectMessage<EStringListError>([&] { L->Put(0, "c"); }, "Operation not allowed on sorted list");
+  ExpectMessage<EStringListError>([&] { L->Move(0, 1); }, "Operation not allowed on sorted list");
   L->SetSorted(false);
-  ExpectMessage([&] { L->Strings(2); }, "List index out of bounds (2)");
-  ExpectMessage([&] { L->Objects(-1); }, "List index out of bounds (-1)");
-  ExpectMessage([&] { L->Delete(5); }, "List index out of bounds (5)");
-  ExpectMessage([&] { L->Insert(3, "x"); }, "List index out of bounds (3)");
+  ExpectMessage<EStringListError>([&] { L->Strings(2); }, "List index out of bounds (2)");
+  ExpectMessage<EStringListError>([&] { L->Objects(-1); }, "List index out of bounds (-1)");
+  ExpectMessage<EStringListError>([&] { L->Delete(5); }, "List index out of bounds (5)");
+  ExpectMessage<EStringListError>([&] { L->Insert(3, "x"); }, "List index out of bounds (3)");
   L->Insert(2, "end"); // one past the last is allowed
-  EXPECT_EQ(Items(L.get()), (V{"a", "b", "end"}));
+  EXPECT_EQ(Items(L.Get()), (V{"a", "b", "end"}));
 }
 
 TEST(StringList, SortAndCustomSort) {
@@ -148,7 +139,7 @@ TEST(StringList, SortAndCustomSort) {
   EXPECT_EQ(L->Strings(1), "ccc");
   EXPECT_EQ(L->Strings(2), "bb");
   L->Sort();
-  EXPECT_EQ(Items(L.get()), (V{"a", "b", "bb", "ccc", "dddd"}));
+  EXPECT_EQ(Items(L.Get()), (V{"a", "b", "bb", "ccc", "dddd"}));
 }
 
 TEST(StringList, CommaTextQuotesWhatNeedsIt) {
@@ -157,16 +148,16 @@ TEST(StringList, CommaTextQuotesWhatNeedsIt) {
   EXPECT_EQ(L->CommaText(), "a,\"b c\",,\"d\"\"e\",\"f,g\",h");
   List Back(TStringList::Create());
   Back->SetCommaText(L->CommaText());
-  EXPECT_TRUE(Back->Equals(L.get()));
+  EXPECT_TRUE(Back->Equals(L.Get()));
 
   Back->SetCommaText("  a , \"b c\" ,,d ");
-  EXPECT_EQ(Items(Back.get()), (V{"a", "b c", "", "d"}));
+  EXPECT_EQ(Items(Back.Get()), (V{"a", "b c", "", "d"}));
   Back->SetCommaText("a b\tc");
-  EXPECT_EQ(Items(Back.get()), (V{"a", "b", "c"})); // blanks split too
+  EXPECT_EQ(Items(Back.Get()), (V{"a", "b", "c"})); // blanks split too
   Back->SetCommaText("a,");
-  EXPECT_EQ(Items(Back.get()), (V{"a", ""}));
+  EXPECT_EQ(Items(Back.Get()), (V{"a", ""}));
   Back->SetCommaText("\"ab\"cd,\"e");
-  EXPECT_EQ(Items(Back.get()), (V{"ab", "cd", ""})); // unterminated quote: last char dropped
+  EXPECT_EQ(Items(Back.Get()), (V{"ab", "cd", ""})); // unterminated quote: last char dropped
   Back->SetCommaText("");
   EXPECT_EQ(Back->Count(), 0);
   EXPECT_EQ(Back->CommaText(), "");
@@ -179,11 +170,11 @@ TEST(StringList, DelimitedTextUsesTheListsOwnSettings) {
   L->SetDelimiter(';');
   L->SetQuoteChar('\'');
   L->SetDelimitedText("a b;'c;d';it's");
-  EXPECT_EQ(Items(L.get()), (V{"a", "b", "c;d", "it's"}));
+  EXPECT_EQ(Items(L.Get()), (V{"a", "b", "c;d", "it's"}));
   EXPECT_EQ(L->DelimitedText(), "a;b;'c;d';'it''s'");
   L->SetStrictDelimiter(true);
   L->SetDelimitedText(" a b ;c");
-  EXPECT_EQ(Items(L.get()), (V{" a b ", "c"}));
+  EXPECT_EQ(Items(L.Get()), (V{" a b ", "c"}));
   EXPECT_EQ(L->DelimitedText(), " a b ;c");
   // Comma text neither uses nor changes these settings.
   EXPECT_EQ(L->CommaText(), "\" a b \",c");
@@ -220,11 +211,11 @@ TEST(StringList, TextSplitsAtAnyLineBreakAndJoinsWithThePlatformOne) {
   List L = MakeList({"a", "", "b"});
   EXPECT_EQ(L->Text(), std::string("a") + sLineBreak + sLineBreak + "b" + sLineBreak);
   L->SetText("x\r\ny\nz\r\rw");
-  EXPECT_EQ(Items(L.get()), (V{"x", "y", "z", "", "w"}));
+  EXPECT_EQ(Items(L.Get()), (V{"x", "y", "z", "", "w"}));
   L->SetText("one\n");
-  EXPECT_EQ(Items(L.get()), (V{"one"}));
+  EXPECT_EQ(Items(L.Get()), (V{"one"}));
   L->SetText("\n");
-  EXPECT_EQ(Items(L.get()), (V{""}));
+  EXPECT_EQ(Items(L.Get()), (V{""}));
   L->SetText("");
   EXPECT_EQ(L->Count(), 0);
 }
@@ -243,7 +234,7 @@ TEST(StringList, ObjectsTravelWithTheirStringsAndOwningListsFreeThem) {
     EXPECT_EQ(L->Objects(0), B);
     EXPECT_EQ(L->IndexOfObject(A), 1);
     L->Move(0, 2); // a move frees nothing
-    EXPECT_EQ(Items(L.get()), (V{"a", "c", "b", "d"}));
+    EXPECT_EQ(Items(L.Get()), (V{"a", "c", "b", "d"}));
     EXPECT_EQ(L->Objects(2), B);
     EXPECT_EQ(Freed, 0);
     L->Delete(0);
@@ -268,7 +259,7 @@ TEST(StringList, ChangeEventsAreHeldBackDuringUpdates) {
   List L(TStringList::Create());
   std::vector<std::string> Log;
   L->OnChanging = [&](TObject* Sender) {
-    EXPECT_EQ(Sender, L.get());
+    EXPECT_EQ(Sender, L.Get());
     Log.push_back("changing");
   };
   L->OnChange = [&](TObject*) { Log.push_back("changed"); };
@@ -295,18 +286,18 @@ TEST(StringList, AssignAddStringsEqualsExchangeMove) {
   TCounted Obj(&Dummy);
   A->PutObject(1, &Obj);
   List B = MakeList({"old"});
-  B->Assign(A.get());
-  EXPECT_TRUE(B->Equals(A.get()));
+  B->Assign(A.Get());
+  EXPECT_TRUE(B->Equals(A.Get()));
   EXPECT_EQ(B->Objects(1), &Obj);
   EXPECT_EQ(B->Delimiter(), '|');
-  B->AddStrings(A.get());
+  B->AddStrings(A.Get());
   EXPECT_EQ(B->DelimitedText(), "one|two|one|two");
-  EXPECT_FALSE(B->Equals(A.get()));
+  EXPECT_FALSE(B->Equals(A.Get()));
   List C = MakeList({"ONE", "two"});
-  EXPECT_FALSE(C->Equals(A.get())); // case counts here
+  EXPECT_FALSE(C->Equals(A.Get())); // case counts here
   C->Exchange(0, 1);
   C->Move(1, 0);
-  EXPECT_EQ(Items(C.get()), (V{"ONE", "two"}));
+  EXPECT_EQ(Items(C.Get()), (V{"ONE", "two"}));
 
   TPersistent* P = TPersistent::Create();
   try {
@@ -329,10 +320,10 @@ TEST(StringList, StreamsAndFiles) {
   List R(TStringList::Create());
   R->LoadFromStream(M); // from the position on
   M->Free();
-  EXPECT_EQ(Items(R.get()), (V{"second line", "", "tail"}));
+  EXPECT_EQ(Items(R.Get()), (V{"second line", "", "tail"}));
   kxtest::TShortReadStream Slow(std::string_view("x\ny\nlast"), 1);
   R->LoadFromStream(&Slow); // one byte per read, still the whole rest
-  EXPECT_EQ(Items(R.get()), (V{"x", "y", "last"}));
+  EXPECT_EQ(Items(R.Get()), (V{"x", "y", "last"}));
 
   fs::path File = fs::temp_directory_path() / "kx_rtl_stringlist.txt";
   L->SaveToFile(File.string());
@@ -342,7 +333,7 @@ TEST(StringList, StreamsAndFiles) {
   }
   std::ofstream(File, std::ios::binary) << "a\r\nb\nc";
   R->LoadFromFile(File.string());
-  EXPECT_EQ(Items(R.get()), (V{"a", "b", "c"}));
+  EXPECT_EQ(Items(R.Get()), (V{"a", "b", "c"}));
   fs::remove(File);
   EXPECT_THROW(R->LoadFromFile(File.string()), EFOpenError);
   EXPECT_EQ(R->Count(), 3); // a failed load leaves the list alone

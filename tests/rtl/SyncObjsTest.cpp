@@ -1,3 +1,4 @@
+#include <kx/rtl/OwnedPtr.h>
 #include <kx/rtl/Rtl.h>
 
 #include <gtest/gtest.h>
@@ -32,8 +33,8 @@ private:
 };
 
 struct Synchronizer : ::testing::Test {
-  TMultiReadExclusiveWriteSynchronizer* Sync = TMultiReadExclusiveWriteSynchronizer::Create();
-  ~Synchronizer() override { Sync->Free(); }
+  OwnedPtr<TMultiReadExclusiveWriteSynchronizer> Sync =
+      MakeOwned<TMultiReadExclusiveWriteSynchronizer>();
 
   // Starts a thread that writes once; returns after it has started.
   std::thread StartWriter(std::atomic<bool>& Wrote) {

@@ -2,12 +2,15 @@
 // The language records: the same 233 names on every platform, and the three lookups.
 #include <kx/uKxSysUtils.h>
 
+#include "support/ExpectMessage.h"
+
 #include <gtest/gtest.h>
 
 #include <utility>
 #include <vector>
 
 using namespace kx;
+using kxtest::ExpectMessage;
 
 namespace {
 
@@ -92,15 +95,6 @@ const std::vector<std::pair<uint16_t, const char*>> Expected = {
     {0x4809, "en-SG"},       {0x480A, "es-HN"},      {0x4C0A, "es-NI"},
     {0x500A, "es-PR"},       {0x540A, "es-US"},
 };
-
-void ExpectMessage(auto&& Call, const AnsiString& Message) {
-  try {
-    Call();
-    ADD_FAILURE() << "no exception, expected: " << Message;
-  } catch (const Exception& E) {
-    EXPECT_EQ(E.Message(), Message);
-  }
-}
 
 } // namespace
 

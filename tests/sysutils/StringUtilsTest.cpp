@@ -2,11 +2,14 @@
 // The text functions of uKxSysUtils, grouped by the rule each group pins down.
 #include <kx/uKxSysUtils.h>
 
+#include "support/SystemCodePage.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
 
 using namespace kx;
+using kxtest::TSystemCodePage;
 
 namespace {
 
@@ -21,12 +24,6 @@ struct TOwnedList {
     for (int32_t I = 0; I < L->Count(); ++I) R.push_back(L->Strings(I));
     return R;
   }
-};
-
-struct TSystemCodePage {
-  uint32_t Saved = KxSystemCodePage();
-  explicit TSystemCodePage(uint32_t CodePage) { KxSetSystemCodePage(CodePage); }
-  ~TSystemCodePage() { KxSetSystemCodePage(Saved); }
 };
 
 using V = std::vector<AnsiString>;

@@ -3,19 +3,15 @@
 #include <kx/rtl/Files.h>
 #include <kx/uKxSysUtils.h>
 
+#include "support/SystemCodePage.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
 using namespace kx;
+using kxtest::TSystemCodePage;
 
-namespace {
-struct TSystemCodePage {
-  uint32_t Saved = KxSystemCodePage();
-  explicit TSystemCodePage(uint32_t CodePage) { KxSetSystemCodePage(CodePage); }
-  ~TSystemCodePage() { KxSetSystemCodePage(Saved); }
-};
-} // namespace
+namespace {} // namespace
 
 TEST(TextFiles, SaveWritesTheCodePageAndItsMark) {
   TSystemCodePage Latin1(1252);

@@ -1,3 +1,4 @@
+#include <kx/rtl/OwnedPtr.h>
 #include <kx/uKxThreads.h>
 
 #include "threads/ThreadTestUtils.h"
@@ -15,8 +16,7 @@ using kxtest::TGate;
 namespace {
 
 struct CriticalSection : ::testing::Test {
-  TKxCriticalSection* CS = TKxCriticalSection::Create();
-  ~CriticalSection() override { CS->Free(); }
+  OwnedPtr<TKxCriticalSection> CS = MakeOwned<TKxCriticalSection>();
 
   // Whether another thread gets in within Timeout; it leaves again when it does.
   bool OtherThreadEnters(uint32_t Timeout) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <kx/rtl/OwnedPtr.h>
 #include <kx/uKxThreads.h>
 
 #include "threads/ThreadTestUtils.h"
@@ -13,8 +14,7 @@ using kxtest::OnOtherThread;
 namespace {
 
 struct ThreadSafeType : ::testing::Test {
-  TKxThreadSafeType* Holder = TKxThreadSafeType::Create(Variant(AnsiString("start")));
-  ~ThreadSafeType() override { Holder->Free(); }
+  OwnedPtr<TKxThreadSafeType> Holder = MakeOwned<TKxThreadSafeType>(Variant(AnsiString("start")));
 };
 
 TEST_F(ThreadSafeType, HoldsACopyOfTheValueGiven) {

@@ -5,6 +5,7 @@
 #include <kx/uKxTypes.h>
 
 #include "support/ShortReadStream.h"
+#include "support/SystemCodePage.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,7 @@
 #include <random>
 
 using namespace kx;
+using kxtest::TSystemCodePage;
 
 namespace {
 
@@ -34,11 +36,6 @@ AnsiString Bytes(std::initializer_list<uint8_t> B) {
 }
 
 // Sets the process code page for one test and puts the old one back.
-struct TSystemCodePage {
-  uint32_t Saved = KxSystemCodePage();
-  explicit TSystemCodePage(uint32_t CodePage) { KxSetSystemCodePage(CodePage); }
-  ~TSystemCodePage() { KxSetSystemCodePage(Saved); }
-};
 
 } // namespace
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <kx/classes/Object.h>
+#include <kx/rtl/OwnedPtr.h>
 #include <kx/uKxDateTimeUtils.h>
 #include <kx/uKxTypes.h>
 
@@ -51,8 +52,7 @@ using namespace regtest;
 
 // Each test gets a registry of its own, so registrations do not leak between tests.
 struct Registry : ::testing::Test {
-  TKxTypes* Types = TKxTypes::Create();
-  ~Registry() override { Types->Free(); }
+  OwnedPtr<TKxTypes> Types = MakeOwned<TKxTypes>();
 
   // A serializer block the registry will own.
   static void* Block(const char* Tag) {

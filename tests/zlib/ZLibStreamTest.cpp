@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The compression streams: round trips in every framing, the emulated seeks, the wrapped
 // stream left after the data, the errors, and gzip as a peer.
+#include <kx/rtl/OwnedPtr.h>
 #include <kx/uKxZLib.h>
 
 #include "support/ExternalTool.h"
@@ -156,12 +157,8 @@ TEST(ZLibStream, FreeFunctionsSniffTheFirstByte) {
   TMemoryStream* Empty = TMemoryStream::Create();
   ExpectZError<EKxZLibDecompressionError>(
       [&] {
-        TMemoryStream* D = TMemoryStream::Create();
-        struct G {
-          TMemoryStream* D;
-          ~G() { D->Free(); }
-        } Guard{D};
-        ZlDecompressStream(Empty, D, true);
+        OwnedPtr<TMemoryStream> D = MakeOwned<TMemoryStream>();
+        ZlDecompressStream(Empty, D.Get(), true);
       },
       1, "Stream end");
   Empty->Free();
