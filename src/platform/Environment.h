@@ -6,6 +6,10 @@
 
 #include "platform/Platform.h"
 
+#include <string_view>
+#include <utility>
+#include <vector>
+
 namespace kx::platform {
 
 inline constexpr uint32_t ERROR_NOT_SUPPORTED_ = 50;
@@ -26,6 +30,13 @@ void GetOSInfo(TOSInfo& Info);
 // The os-release file of the system (/etc/os-release, else /usr/lib/os-release); empty where
 // there is none, as on Windows.
 AnsiString OSReleaseFile();
+// os-release text as NAME/value pairs in the order written: comments, lines that are no
+// NAME=value and values with unbalanced quotes are skipped; '...' is taken as written, "..."
+// and bare values lose the backslashes of the shell's escapes.
+void ParseOSRelease(const AnsiString& Text, std::vector<std::pair<AnsiString, AnsiString>>& Items);
+// The first value of Name among Items; empty when there is none.
+AnsiString OSReleaseValue(const std::vector<std::pair<AnsiString, AnsiString>>& Items,
+                          std::string_view Name);
 
 // IsWow64Process for the current process, looked up at run time; false on POSIX.
 bool IsWow64Process();

@@ -600,6 +600,16 @@ AnsiString KxGetBuiltInMimeType(const AnsiString& Ext) {
   return "application/" + Copy(Ext, 2, INT64_MAX);
 }
 
+AnsiString KxMimeTypeFromMimeTypesText(const AnsiString& Text, const AnsiString& Ext) {
+  if (Ext.size() < 2) return AnsiString();
+  return LookUpMimeTypesFile(Text, LowerCase(Ext).substr(1));
+}
+
+AnsiString KxMimeTypeFromGlobs2Text(const AnsiString& Text, const AnsiString& Ext) {
+  if (Ext.size() < 2) return AnsiString();
+  return LookUpGlobs2(Text, LowerCase(Ext), Ext);
+}
+
 AnsiString KxGetFileMimeType(const AnsiString& FileName) {
   const AnsiString RawExt = ExtractFileExt(FileName);
   const AnsiString Ext = LowerCase(RawExt);

@@ -30,28 +30,6 @@ AnsiString OSReleaseFileName() {
   return OSReleaseOverride().empty() ? platform::OSReleaseFile() : OSReleaseOverride();
 }
 
-// A value of os-release: '...' is taken as written; "..." and bare text take backslash escapes
-// and end at the closing quote or at the end of the line.
-bool UnquoteOSReleaseValue(const AnsiString& Raw, AnsiString& Value) {
-  Value.clear();
-  size_t I = 0;
-  char Quote = 0;
-  if (!Raw.empty() && (Raw[0] == '"' || Raw[0] == '\'')) Quote = Raw[I++];
-  for (; I < Raw.size(); ++I) {
-    const char C = Raw[I];
-    if (Quote && C == Quote)
-      return I + 1 == Raw.size() || Raw.find_first_not_of(" \t", I + 1) == AnsiString::npos;
-    if (C == '\\' && Quote != '\'' && I + 1 < Raw.size()) {
-      Value += Raw[++I];
-      continue;
-    }
-    if (!Quote && (C == ' ' || C == '\t'))
-      return Raw.find_first_not_of(" \t", I) == AnsiString::npos;
-    Value += C;
-  }
-  return Quote == 0;
-}
-
 AnsiString ReadTextFile(const AnsiString& FileName) {
   TFileStream* F = nullptr;
   try {
@@ -79,26 +57,9 @@ uint16_t KxGetWindowsVersion() {
 }
 
 void KxParseOSRelease(const AnsiString& Text, TStrings* Values) {
-  size_t Start = 0;
-  while (Start < Text.size()) {
-    size_t End = Text.find('\n', Start);
-    if (End == AnsiString::npos) End = Text.size();
-    AnsiString Line = Text.substr(Start, End - Start);
-    Start = End + 1;
-    if (!Line.empty() && Line.back() == '\r') Line.pop_back();
-    Line = Trim(Line);
-    if (Line.empty() || Line[0] == '#') continue;
-    const size_t Eq = Line.find('=');
-    if (Eq == 0 || Eq == AnsiString::npos) continue;
-    const AnsiString Name = Line.substr(0, Eq);
-    bool NameOk = true;
-    for (char C : Name)
-      NameOk = NameOk && ((C >= 'A' && C <= 'Z') || (C >= 'a' && C <= 'z') ||
-                          (C >= '0' && C <= '9') || C == '_');
-    AnsiString Value;
-    if (NameOk && UnquoteOSReleaseValue(Line.substr(Eq + 1), Value))
-      Values->Add(Name + "=" + Value);
-  }
+  std::vector<std::pair<AnsiString, AnsiString>> Items;
+  platform::ParseOSRelease(Text, Items);
+  for (const auto& [Name, Value] : Items) Values->Add(Name + "=" + Value);
 }
 
 void KxSetOSReleaseFile(const AnsiString& FileName) {

@@ -148,3 +148,15 @@ TEST(MimeTable, WindowsRegistrySourcesInTheirOrder) {
   EXPECT_EQ(KxGetFileMimeType("d.kxtest3"), "application/kxtest3");
 }
 #endif
+
+TEST(MimeTable, TheLinuxSourcesReadAsText) {
+  const AnsiString Types = "text/x-a kxa\napplication/x-b KXA kxb\n";
+  EXPECT_EQ(KxMimeTypeFromMimeTypesText(Types, ".KxA"), "text/x-a");
+  EXPECT_EQ(KxMimeTypeFromMimeTypesText(Types, ".kxb"), "application/x-b");
+  EXPECT_EQ(KxMimeTypeFromMimeTypesText(Types, ".none"), "");
+  EXPECT_EQ(KxMimeTypeFromMimeTypesText("text/x-dot .\n", "."), "");
+  const AnsiString Globs = "10:text/x-light:*.kxg\n90:text/x-heavy:*.KXG:cs\n";
+  EXPECT_EQ(KxMimeTypeFromGlobs2Text(Globs, ".KXG"), "text/x-heavy");
+  EXPECT_EQ(KxMimeTypeFromGlobs2Text(Globs, ".Kxg"), "text/x-light");
+  EXPECT_EQ(KxMimeTypeFromGlobs2Text(Globs, ".other"), "");
+}

@@ -23,6 +23,12 @@ namespace kx {
 KX_API AnsiString KxGetFileMimeType(const AnsiString& FileName);
 // The mime.types file of step 1 on Linux; an empty name restores /etc/mime.types.
 KX_API void KxSetMimeTypesFile(const AnsiString& FileName);
+// The two Linux sources over their text, for an extension with its dot as it stands in the
+// file name; empty when the text names none. mime.types: "type ext ext ..." lines, the first
+// line listing the extension wins (SameText). globs2: "weight:type:*<ext>[:flags]" lines, the
+// heaviest pattern wins, the first of equal weight; "cs" in the flags compares with case.
+KX_API AnsiString KxMimeTypeFromMimeTypesText(const AnsiString& Text, const AnsiString& Ext);
+KX_API AnsiString KxMimeTypeFromGlobs2Text(const AnsiString& Text, const AnsiString& Ext);
 // The built-in table alone (steps 3 and 4) for an extension with its dot.
 KX_API AnsiString KxGetBuiltInMimeType(const AnsiString& Ext);
 

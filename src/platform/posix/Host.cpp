@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Machine and process facts for log records on POSIX.
 #include "platform/Host.h"
+#include "platform/Environment.h"
 
 #include <cstdlib>
 #include <ctime>
@@ -50,14 +51,19 @@ THostOSVersion HostOSVersion() {
     Result.Build = Parts[2];
     Result.Name = Uts.sysname;
   }
-  std::ifstream Release("/etc/os-release");
-  for (std::string Line; std::getline(Release, Line);) {
-    if (Line.rfind("PRETTY_NAME=", 0) != 0) continue;
-    std::string Value = Line.substr(12);
-    if (Value.size() >= 2 && (Value.front() == '"' || Value.front() == '\''))
-      Value = Value.substr(1, Value.size() - 2);
-    if (!Value.empty()) Result.Name = Value;
-    break;
+  // The same file and reading as the environment functions, so that a log names the system as
+  // they do.
+  const AnsiString File = OSReleaseFile();
+  if (!File.empty()) {
+    std::ifstream Release(File.c_str(), std::ios::binary);
+    std::string Text(65536, '\0');
+    Release.read(Text.data(), std::streamsize(Text.size()));
+    Text.resize(size_t(Release.gcount()));
+    std::vector<std::pair<AnsiString, AnsiString>> Items;
+    ParseOSRelease(Text, Items);
+    AnsiString Name = OSReleaseValue(Items, "PRETTY_NAME");
+    if (Name.empty()) Name = OSReleaseValue(Items, "NAME");
+    if (!Name.empty()) Result.Name = Name;
   }
   return Result;
 }
