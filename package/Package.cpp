@@ -21,6 +21,8 @@ constexpr TUnitSteps Units[] = {
     {"uKxThreads", &detail::uKxThreads_Initialize, &detail::uKxThreads_Finalize},
     {"uKxSysUtils", &detail::uKxSysUtils_Initialize, &detail::uKxSysUtils_Finalize},
     {"uKxClasses", &detail::uKxClasses_Initialize, &detail::uKxClasses_Finalize},
+    // Installs the safe-call error handler; shut-down puts the previous one back.
+    {"uKxCOMObj", &detail::uKxCOMObj_Initialize, &detail::uKxCOMObj_Finalize},
     // The type registry is made on first use; shut-down frees it.
     {"uKxTypes", nullptr, &detail::uKxTypes_Finalize},
     {"uKxNetEncoding", &detail::uKxNetEncoding_Initialize, &detail::uKxNetEncoding_Finalize},

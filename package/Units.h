@@ -5,6 +5,8 @@ namespace kx::detail {
 
 void uKxClasses_Initialize();
 void uKxClasses_Finalize();
+void uKxCOMObj_Initialize();
+void uKxCOMObj_Finalize();
 void uKxNetEncoding_Initialize();
 void uKxNetEncoding_Finalize();
 void uKxSysUtils_Initialize();

@@ -72,6 +72,19 @@ ExceptClass KxGetExceptionClassByName(const AnsiString& Name, int32_t* ErrorCode
   return nullptr;
 }
 
+bool KxGetExceptionNamespace(ExceptClass AClass, int32_t ErrorCode, AnsiString& Namespace) {
+  Namespace.clear();
+  if (!Registry) return false;
+  for (int32_t I = 0; I < Registry->Count(); ++I) {
+    auto* Entry = static_cast<TExceptionClass*>(Registry->Get(I));
+    if (Entry->ErrorCode == ErrorCode && Entry->ExceptionClass == AClass) {
+      Namespace = Entry->Namespace;
+      return true;
+    }
+  }
+  return false;
+}
+
 void KxRaiseException(ExceptClass AClass, const AnsiString& Msg, int32_t ErrorCode) {
   // Raise throws a copy of the dynamic type; the heap instance only carries it there.
   std::unique_ptr<Exception> E(AClass->CreateException(Msg, ErrorCode));

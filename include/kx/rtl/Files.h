@@ -28,7 +28,12 @@ inline constexpr int32_t faNormal = 0x80;
 inline constexpr int32_t faSymLink = 0x400;
 inline constexpr int32_t faAnyFile = 0x1FF;
 
-KX_DECLARE_EXCEPTION(EInOutError, Exception)
+// An I/O failure with its code.
+class KX_API EInOutError : public Exception {
+  KX_EXCEPTION_CLASS(EInOutError, Exception)
+public:
+  int32_t ErrorCode = 0;
+};
 inline constexpr const char* SCannotCreateDir = "Unable to create directory";
 
 // A file time: 100-nanosecond intervals since 1601-01-01 UTC (the Win32 FILETIME layout).

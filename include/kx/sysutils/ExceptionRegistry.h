@@ -33,6 +33,9 @@ KX_API ExceptClass KxGetExceptionClass(const AnsiString& Namespace, int32_t Erro
 // Compares Name, ignoring case, with the entry class's own name "TExceptionClass" (not the
 // registered exception's), so only that name ever matches: the first entry then answers.
 KX_API ExceptClass KxGetExceptionClassByName(const AnsiString& Name, int32_t* ErrorCode);
+// The namespace of the first entry holding exactly this class and code, for a sender that
+// tells its receiver where to look the code up again; false (and empty) when there is none.
+KX_API bool KxGetExceptionNamespace(ExceptClass AClass, int32_t ErrorCode, AnsiString& Namespace);
 // Raises a registered class through its class reference.
 [[noreturn]] KX_API void KxRaiseException(ExceptClass AClass, const AnsiString& Msg,
                                           int32_t ErrorCode);
