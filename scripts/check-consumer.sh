@@ -4,9 +4,9 @@
 # temporary prefix; the static one is built as a subdirectory of the consumer project and
 # installed from there. tests/consumer is then built against each installed prefix with
 # find_package and with pkg-config, and every program runs (they check that the library's
-# start-up ran, which a static link could lose). Also: every installed header compiles on its
-# own, a C++17 compiler is stopped with a clear message, and no installed file names the
-# source or build folders.
+# start-up ran, which a static link could lose); examples/ is built and run the same way.
+# Also: every installed header compiles on its own, a C++17 compiler is stopped with a clear
+# message, and no installed file names the source or build folders.
 # Usage: check-consumer.sh [SHARED_BUILD]
 #   SHARED_BUILD: an existing Release build of the shared library (as `make` leaves in
 #   build/release); configured here when not given. The work goes to build/consumer.
@@ -51,6 +51,20 @@ for kind in shared static; do
   # shellcheck disable=SC2086 # the flags are words
   "$cxx" -std=c++20 "$app_src/app.cpp" $flags -o "$work/app-pc-$kind"
   LD_LIBRARY_PATH="$prefix/lib" "$work/app-pc-$kind"
+
+  step "examples ($kind): examples/ on its own against the installed kxcommon"
+  ex=$work/examples-$kind
+  cmake -S "$root/examples" -B "$ex" "${gen[@]}" -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+  cmake --build "$ex"
+  (
+    cd "$ex"
+    printf kxcommon >sample.txt
+    ./ObjectsDemo >/dev/null
+    ./CodePages codepages.txt >/dev/null
+    ./Locks >/dev/null
+    [ "$(./EncodeFile base64 sample.txt)" = a3hjb21tb24= ]
+  )
 done
 
 step "installed files name no source or build folder"
