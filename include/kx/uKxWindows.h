@@ -11,6 +11,7 @@
 #include <kx/windows/FilePaths.h>
 #include <kx/windows/FileState.h>
 #include <kx/windows/FileVersion.h>
+#include <kx/windows/Modules.h>
 #include <kx/windows/Processes.h>
 #include <kx/windows/Registry.h>
 #include <kx/windows/Resources.h>
