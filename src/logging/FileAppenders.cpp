@@ -5,6 +5,7 @@
 #include <kx/rtl/DateTimeText.h>
 #include <kx/rtl/Files.h>
 #include <kx/rtl/SysUtils.h>
+#include <kx/windows/Environment.h>
 #include <kx/windows/FilePaths.h>
 
 #include "platform/Host.h"
@@ -144,10 +145,20 @@ int64_t TKxTextFile::Size() {
 TKxFileAppender::TKxFileAppender() {
   const AnsiString Program = platform::ModuleFileName();
   FFileName = ChangeFileExt(Program, FFileExt);
-  const platform::THostOSVersion Version = platform::HostOSVersion();
+  uint16_t Code = 0;
+  try {
+    Code = KxGetWindowsVersion();
+  } catch (const Exception&) {
+    // Not Windows: no version code.
+  }
   // Current Windows versions keep logs out of the program folder; so does every other system.
-  if (Version.Code >= 601 || Version.Code == 0) {
-    const AnsiString Shared = platform::HostSharedDocumentsFolder();
+  if (Code >= 601 || Code == 0) {
+    AnsiString Shared;
+    try {
+      Shared = KxGetSharedDocumentsFolder();
+    } catch (const Exception&) {
+      // No shared folder: the log stays beside the program.
+    }
     if (!Shared.empty()) {
       const AnsiString Base = ChangeFileExt(ExtractFileName(Program), "");
       const AnsiString Folder = IncludeTrailingPathDelimiter(Shared) + Base;

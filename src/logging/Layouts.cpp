@@ -7,9 +7,11 @@
 #include <kx/rtl/Files.h>
 #include <kx/rtl/Streams.h>
 #include <kx/rtl/SysUtils.h>
+#include <kx/sysutils/SystemInfo.h>
 
 #include "platform/Host.h"
 #include "platform/Platform.h"
+#include "platform/Processes.h"
 
 namespace kx {
 
@@ -201,10 +203,10 @@ UnicodeString KX_STDCALL TKxXmlLayout::GetHeader() {
   H += u"<log ";
   H += u"timeStamp=\"" + KxLogIsoTimeStamp() + u"\" ";
   H += u"fileName=\"" + AnsiToUnicode(platform::ModuleFileName()) + u"\" ";
-  H += u"userName=\"" + KxXmlEscape(AnsiToUnicode(platform::HostUserName())) + u"\" ";
-  H += u"computer=\"" + KxXmlEscape(AnsiToUnicode(platform::HostComputerName())) + u"\" ";
+  H += u"userName=\"" + KxXmlEscape(AnsiToUnicode(KxGetUserName())) + u"\" ";
+  H += u"computer=\"" + KxXmlEscape(AnsiToUnicode(KxGetComputerName())) + u"\" ";
   H += u"processID=\"";
-  AppendDecimal(H, platform::HostProcessId());
+  AppendDecimal(H, platform::CurrentProcessId());
   H += u"\">";
   return H;
 }

@@ -5,7 +5,9 @@
 #include <kx/rtl/Component.h>
 #include <kx/rtl/DateTimeText.h>
 #include <kx/rtl/SysUtils.h>
+#include <kx/sysutils/SystemInfo.h>
 #include <kx/types/VariantConversion.h>
+#include <kx/windows/Environment.h>
 
 #include "platform/Host.h"
 #include "platform/Platform.h"
@@ -722,12 +724,27 @@ void KX_STDCALL TKxLogger::UnLockAppenders() {
 
 // --- TKxLogData ------------------------------------------------------------------------------
 
+namespace {
+
+// The Windows version code; 0 on systems that have none.
+uint16_t WindowsVersionCode() {
+  try {
+    return KxGetWindowsVersion();
+  } catch (const Exception&) {
+    return 0;
+  }
+}
+
+} // namespace
+
 TKxLogData::TKxLogData(TKxLogLevel ALevel, const UnicodeString& AMessage)
     : FLevel(ALevel), FMessage(AMessage), FTimeStamp(Now()) {
-  FComputerName = platform::HostComputerName();
-  FUserName = platform::HostUserName();
-  const platform::THostOSVersion Version = platform::HostOSVersion();
-  FOSName = Version.Code != 0 || Version.Name.empty() ? KxOSName(Version.Code) : Version.Name;
+  FComputerName = KxGetComputerName();
+  FUserName = KxGetUserName();
+  const TKxOSVersionInfo Version = KxGetOSVersionInfo();
+  const uint16_t Code = WindowsVersionCode();
+  // Systems without a version code are named by themselves ("Debian GNU/Linux 12 (bookworm)").
+  FOSName = Code != 0 || Version.Name.empty() ? KxOSName(Code) : Version.Name;
   FOSVersion = Format("%d.%d", {Version.Major, Version.Minor}) +
                Format("; Build: %x, \"%s\"", {Version.Build, Version.ServicePack});
   int32_t Width = 0, Height = 0, Bpp = 0;

@@ -25,6 +25,10 @@ int32_t WindowsVersionCode();
 // uname's system name, no version, the kernel release and the machine.
 struct TOSInfo {
   AnsiString Name, Version, Release, Machine;
+  // Windows: the version numbers and the service pack. POSIX: the first three numbers of the
+  // kernel release ("6.1.0-13-amd64" gives 6, 1, 0), no service pack.
+  uint32_t Major = 0, Minor = 0, Build = 0;
+  AnsiString ServicePack;
 };
 void GetOSInfo(TOSInfo& Info);
 // The os-release file of the system (/etc/os-release, else /usr/lib/os-release); empty where

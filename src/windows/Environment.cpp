@@ -70,7 +70,15 @@ void KxSetOSReleaseFile(const AnsiString& FileName) {
 TKxOSVersionInfo KxGetOSVersionInfo() {
   platform::TOSInfo Os;
   platform::GetOSInfo(Os);
-  TKxOSVersionInfo Info{Os.Name, Os.Version, Os.Release, Os.Machine};
+  TKxOSVersionInfo Info;
+  Info.Name = Os.Name;
+  Info.Version = Os.Version;
+  Info.Release = Os.Release;
+  Info.Machine = Os.Machine;
+  Info.Major = Os.Major;
+  Info.Minor = Os.Minor;
+  Info.Build = Os.Build;
+  Info.ServicePack = Os.ServicePack;
   const int32_t Code = platform::WindowsVersionCode();
   if (Code > 0) Info.Name = "Windows " + IntToStr(Code);
   const AnsiString File = OSReleaseFileName();

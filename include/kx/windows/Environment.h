@@ -35,6 +35,11 @@ struct TKxOSVersionInfo {
   AnsiString Release;
   // The processor architecture: "x86_64", "i686", "aarch64" (uname -m).
   AnsiString Machine;
+  // Windows: the real version numbers (6, 1, 7601). Linux: the kernel release's first three
+  // numbers ("6.1.0-13-amd64" gives 6, 1, 0).
+  uint32_t Major = 0, Minor = 0, Build = 0;
+  // Windows: the service pack ("Service Pack 1"), empty without one; empty on Linux.
+  AnsiString ServicePack;
 };
 KX_API TKxOSVersionInfo KxGetOSVersionInfo();
 // One line of it: "<Name> <Version> (<Release>, <Machine>)", parts that are empty left out.

@@ -26,6 +26,13 @@ void GetOSInfo(TOSInfo& Info) {
     Info.Name = U.sysname;
     Info.Release = U.release;
     Info.Machine = U.machine;
+    uint32_t* Parts[3] = {&Info.Major, &Info.Minor, &Info.Build};
+    const char* P = U.release;
+    for (int I = 0; I < 3 && *P; ++I) {
+      while (*P >= '0' && *P <= '9') *Parts[I] = *Parts[I] * 10 + uint32_t(*P++ - '0');
+      if (*P != '.') break;
+      ++P;
+    }
   }
 }
 

@@ -114,9 +114,12 @@ void GetOSInfo(TOSInfo& Info) {
     std::snprintf(Buf, sizeof Buf, "%lu.%lu.%lu", V.dwMajorVersion, V.dwMinorVersion,
                   V.dwBuildNumber);
     Info.Version = Buf;
+    Info.Major = V.dwMajorVersion;
+    Info.Minor = V.dwMinorVersion;
+    Info.Build = V.dwBuildNumber;
+    Info.ServicePack = NarrowName(V.szCSDVersion, ::wcslen(V.szCSDVersion));
     Info.Release = std::to_string(V.dwBuildNumber);
-    if (V.szCSDVersion[0])
-      Info.Release += " " + NarrowName(V.szCSDVersion, ::wcslen(V.szCSDVersion));
+    if (!Info.ServicePack.empty()) Info.Release += " " + Info.ServicePack;
   }
   SYSTEM_INFO S{};
   ::GetNativeSystemInfo(&S);
