@@ -68,8 +68,8 @@ TKxCOMErrorInfo::TKxCOMErrorInfo(const TGUID& AGUID, const UnicodeString& AError
 }
 
 TKxCOMErrorInfo::~TKxCOMErrorInfo() {
-  // Only the thread that made it knows it; a newer object of that thread stays found.
-  if (LastErrorInfo == this) LastErrorInfo = nullptr;
+  // Whichever object the slot holds: an error is raised from the latest one, which is gone.
+  LastErrorInfo = nullptr;
 }
 
 TKxCOMErrorInfo* KxLastCOMErrorInfo() {

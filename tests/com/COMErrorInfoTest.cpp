@@ -209,6 +209,12 @@ TEST_F(COMErrorInfo, TheObjectKeepsItsFieldsAndIsTheThreadsLatestWhileItLives) {
     std::thread([] { EXPECT_EQ(KxLastCOMErrorInfo(), nullptr); }).join();
   }
   EXPECT_EQ(KxLastCOMErrorInfo(), nullptr);
+  // The newest object is the latest; freeing any of them, even an older one, empties the slot.
+  auto Older = NewInfo();
+  auto Newer = NewInfo();
+  EXPECT_EQ(KxLastCOMErrorInfo(), Obj(Newer));
+  Older.Reset();
+  EXPECT_EQ(KxLastCOMErrorInfo(), nullptr);
 }
 
 TEST_F(COMErrorInfo, SilentServerExceptionsFollowTheFlagAndTheThreadsCounter) {
