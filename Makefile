@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Front door for the build; every target first installs the packages it needs that are missing.
 GEN      := -G Ninja
 # Our own builds treat warnings as errors; consumers of the library do not get -Werror.
@@ -95,9 +96,11 @@ format:
 	@$(DEPS) format
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
+# Also fails on any source, header or script file without its licence line.
 format-check:
 	@$(DEPS) format
 	git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
+	scripts/spdx.sh
 
 clean:
 	rm -rf build

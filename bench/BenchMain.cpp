@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one main of kx_bench: runs Google Benchmark as usual (all its flags work) and then
 // prints how the library's code compares with a reference implementation.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Code-page conversions through TKxEncoding against ICU called directly, on 16 MiB of text:
 // UTF-8 to UTF-16 (mostly ASCII, and mixed Latin-1 and CJK) against u_strFromUTF8, and
 // windows-1252 to and from UTF-16 against ucnv_toUChars / ucnv_fromUChars.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ISO 8601 time stamps: writing against strftime and reading against strptime, over the same
 // 1024 random instants of 1970 to 2099.
 //

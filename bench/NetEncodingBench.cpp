@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base64, Base64Url and hexadecimal encoding and decoding of 1 MiB against OpenSSL.
 //
 // The library's side goes through its public byte and string forms and so pays for a fresh

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A text parser scan of 16 MiB against memchr over the same bytes.
 //
 // The text is lines of words with a single '#' at its very end. The library's side creates a

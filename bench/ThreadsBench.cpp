@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The uKxThreads locks against the standard library's: uncontended lock and unlock, and
 // contended runs from several threads.
 //

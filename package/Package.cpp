@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The ordered start-up and shut-down table of the library's units.
 #include <kx/Package.h>
 

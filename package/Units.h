@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The initialisation and finalisation steps of the library's units, run by the package.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs the Debian packages a build needs, and only those missing.
 # Usage: install-deps.sh GROUP...   (build, test, windows, tsan, bench, format)
 set -euo pipefail

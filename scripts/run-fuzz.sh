@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs every fuzz target of a build for a number of seconds each, starting from the corpus
 # in fuzz/corpus/<name>. New inputs go to a working corpus in the build folder, so the tree's
 # corpus only changes by hand; a finding is saved there as crash-*, leak-* or timeout-*.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs a build's CTest suite and closes with the GoogleTest totals of all its executables.
 # Usage: run-tests.sh BUILD_DIR LABEL [wine]
 set -uo pipefail

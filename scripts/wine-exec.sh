@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Runs a Windows program under wine64 for CTest. The output goes through a file: Wine's
 # service processes, when the program starts them, inherit its handles and live on, and
 # must not hold CTest's pipe open after the program has ended.

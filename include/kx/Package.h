@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The library's start-up and shut-down. Both run by themselves when the library is loaded
 // and unloaded; they are counted, so extra calls in pairs are harmless.

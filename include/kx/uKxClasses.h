@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // uKxClasses: the library's root classes, free notifications, object lists, streams, string
 // lists and memo lists.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // uKxNetEncoding: Base64, Base64Url, hexadecimal and URL encodings behind one interface, and
 // their shared instances.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // uKxSysUtils: the library's exceptions and their error-code registry, the everyday string and
 // conversion functions, numeric-suffix increment, rounding and age, the document hooks, the

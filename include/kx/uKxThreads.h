@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // uKxThreads: critical sections, the multi-reader/single-writer lock, simple events and
 // thread names, and the thread-safe value holder.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // uKxTypes: the type registry, simple types and variant conversion, code pages, the text
 // encoding class and Unicode normalisation.

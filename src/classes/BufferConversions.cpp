@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes between buffers, byte arrays, streams and their textual forms.
 #include <kx/classes/BufferConversions.h>
 #include <kx/classes/MemoryStream.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reference-counted components.
 #include <kx/classes/Component.h>
 #include <kx/rtl/InterfacedObject.h>

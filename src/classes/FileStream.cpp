@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TKxFileStream: text written to a file as raw bytes.
 #include <kx/classes/FileStream.h>
 

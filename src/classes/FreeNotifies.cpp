@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Thread-safe free notifications.
 #include <kx/classes/FreeNotifies.h>
 

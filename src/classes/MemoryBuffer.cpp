@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Length-prefixed memory blocks and the reference-counted memory buffer.
 #include <kx/classes/BufferConversions.h>
 #include <kx/classes/MemoryBuffer.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's memory stream and in-place access to memory streams.
 #include <kx/classes/MemoryStream.h>
 #include <kx/classes/ObjectEx.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's root reference-counted object.
 #include <kx/classes/Object.h>
 #include <kx/rtl/Exceptions.h>

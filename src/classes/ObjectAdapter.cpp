@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Objects behind an interface.
 #include <kx/classes/ObjectAdapter.h>
 

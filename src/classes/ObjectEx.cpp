@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Free notifications between library objects.
 #include <kx/classes/ObjectEx.h>
 #include <kx/rtl/Persistent.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reference-counting object list.
 #include <kx/classes/Object.h>
 #include <kx/classes/ObjectList.h>

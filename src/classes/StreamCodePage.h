@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The byte-order-mark rule shared by the stream readers of uKxClasses.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole streams as text, and the UTF-8 stream functions.
 #include <kx/classes/ClassesConsts.h>
 #include <kx/classes/MemoryStream.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TKxStringStream: text in one code page over the library's memory stream.
 #include <kx/classes/ClassesConsts.h>
 #include <kx/classes/ObjectEx.h>

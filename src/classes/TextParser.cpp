@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text parser: per-form movement and skip routines bound once, chunked reading of
 // streams that are not in memory, marks, peeks and selections.
 #include <kx/classes/MemoryStream.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TKxUTF8StreamAdapter: UTF-8 bytes in, UTF-16LE characters out, and back.
 #include <kx/classes/UTF8StreamAdapter.h>
 #include <kx/types/Encoding.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base64 in the standard and URL-safe alphabets.
 #include <kx/encoding/Base64Encoding.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Upper-case hexadecimal.
 #include <kx/encoding/HexEncoding.h>
 

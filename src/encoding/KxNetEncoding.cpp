@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shared codec instances: made on first request, freed when the unit shuts down.
 #include <kx/encoding/KxNetEncoding.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The forms every codec offers, each over the codec's buffer-to-buffer primitives.
 #include <kx/encoding/NetEncoding.h>
 

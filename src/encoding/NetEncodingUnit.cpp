@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Start-up and shut-down of uKxNetEncoding.
 #include "encoding/SharedNetEncodings.h"
 #include "package/Units.h"

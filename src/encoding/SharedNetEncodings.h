@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The unit's shut-down frees the shared codec instances through this.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The codecs' view of their streams: the input from its position to its end, and room for the
 // output at its position, both in place when the stream is a memory stream.

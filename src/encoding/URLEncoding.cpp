@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Percent-encoding of 8-bit text for URLs.
 #include <kx/encoding/URLEncoding.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The platform layer: every OS call of the library goes through these functions.
 // Failures return a null handle, false or 0 and leave the code in LastError(), as Win32 does.

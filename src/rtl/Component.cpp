@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Components: ownership, names and free notifications.
 #include <kx/rtl/Component.h>
 #include <kx/rtl/InterfacedObject.h>

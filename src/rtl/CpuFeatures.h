@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Processor features behind the vector fast paths, asked once per process. KX_X86_VECTORS is
 // defined where the x86 intrinsics and the run-time checks are available.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime's exception classes, OS errors and assertions.
 #include <kx/rtl/Exceptions.h>
 

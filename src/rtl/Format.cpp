@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Format: the runtime's directives, widths, precisions and argument indexes.
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Format.h>

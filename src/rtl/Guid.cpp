@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // GUIDs in their braced text form.
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Interfaces.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime's reference-counted object.
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/InterfacedObject.h>

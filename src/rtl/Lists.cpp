@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime's lists.
 #include <kx/rtl/Lists.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TObject, class references and the registry of classes findable by name.
 #include <kx/rtl/Object.h>
 #include <kx/rtl/SysUtils.h>

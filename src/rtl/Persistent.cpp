@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Assignment between persistent objects.
 #include <kx/rtl/Persistent.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime's streams: the abstract stream, handle and file streams, memory streams.
 #include <kx/rtl/Streams.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime's string lists.
 #include <kx/rtl/StringList.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // 1-based string helpers and the conversions between the two string types.
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/Strings.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime's simple event and multi-read exclusive-write synchronizer.
 #include <kx/rtl/Exceptions.h>
 #include <kx/rtl/SyncObjs.h>

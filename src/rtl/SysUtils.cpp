@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime's string and number functions.
 #include <kx/rtl/SysUtils.h>
 

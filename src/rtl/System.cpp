@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Thread ids and tick counts of the runtime.
 #include <kx/rtl/System.h>
 

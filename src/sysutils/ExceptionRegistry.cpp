@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The error-code registry of exception classes.
 #include <kx/rtl/Lists.h>
 #include <kx/rtl/SysUtils.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Start-up and shut-down of uKxSysUtils.
 #include <kx/sysutils/ExceptionRegistry.h>
 #include <kx/sysutils/Languages.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The recursive critical section with time-outs.
 #include <kx/rtl/Exceptions.h>
 #include <kx/threads/CriticalSection.h>

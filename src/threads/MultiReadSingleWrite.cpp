@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The multi-reader/single-writer lock and its fallback routines.
 #include <kx/rtl/SyncObjs.h>
 #include <kx/threads/MultiReadSingleWrite.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simple event behind IKxSimpleEvent.
 #include <kx/threads/SimpleEvent.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Per-thread names.
 #include <kx/threads/ThreadName.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two fixed charset tables: names to code pages (first match wins, aliases included) and
 // code pages to their canonical names.
 #include <kx/rtl/Exceptions.h>

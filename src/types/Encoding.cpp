@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TKxEncoding over the platform's conversion pair, and byte-order-mark detection.
 #include <kx/rtl/Exceptions.h>
 #include <kx/types/Encoding.h>

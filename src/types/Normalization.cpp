@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // KxNormalizeString and KxSimplifyString over the NormalizeString entry of normaliz.dll.
 #include <kx/rtl/Exceptions.h>
 #include <kx/types/Normalization.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes between buffers, byte arrays, streams and Base64, Base64url and hexadecimal text.
 #include <kx/classes/BufferConversions.h>
 #include <kx/classes/MemoryStream.h>

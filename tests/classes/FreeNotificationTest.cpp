@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two-way free notifications: order, mutual removal and handlers that change the lists.
 #include <kx/uKxClasses.h>
 

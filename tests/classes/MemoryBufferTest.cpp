@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Length-prefixed blocks, IKxMemoryBuffer and its factories, and the pointer helpers.
 #include <kx/classes/MemoryBuffer.h>
 #include <kx/classes/MemoryStream.h>

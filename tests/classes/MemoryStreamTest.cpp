@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TKxMemoryStream: growth, seeking, foreign memory, typed reads; in-place buffer access.
 #include <kx/classes/MemoryStream.h>
 #include <kx/rtl/OwnedPtr.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reference-counting object list's release rules.
 #include <kx/uKxClasses.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Life cycle and reference counting of the root classes.
 #include <kx/uKxClasses.h>
 

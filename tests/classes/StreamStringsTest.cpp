@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole streams as text with their byte-order-mark rules, the UTF-8 stream functions and the
 // UTF-8 adapter's decoding and its faults.
 #include <kx/rtl/Exceptions.h>

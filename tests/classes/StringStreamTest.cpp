@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TKxStringStream: construction, code pages, writing and appending, reading at the position,
 // changing the code page, saving and loading.
 #include <kx/rtl/Exceptions.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TKxTextParser: counters, end handling, the three storage forms, marks, peeks, selections,
 // in-place parsing of memory streams and chunked reading of other streams.
 #include <kx/classes/MemoryStream.h>

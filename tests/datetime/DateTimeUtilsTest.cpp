@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/rtl/FormatSettings.h>
 #include <kx/uKxDateTimeUtils.h>
 

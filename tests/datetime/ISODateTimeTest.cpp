@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/classes/TextParser.h>
 #include <kx/uKxDateTimeUtils.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/uKxDateTimeUtils.h>
 
 #include "datetime/TimeZoneTestUtils.h"

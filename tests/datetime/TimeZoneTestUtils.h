@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Runs a test in the time zone a TZ value names (POSIX), putting the old value back after it.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The codecs against coreutils' base64 and basenc on the same bytes.
 #include <kx/uKxNetEncoding.h>
 

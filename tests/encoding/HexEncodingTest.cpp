@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/uKxNetEncoding.h>
 
 #include "encoding/EncodingTestUtils.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/classes/MemoryStream.h>
 #include <kx/uKxNetEncoding.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/rtl/SysUtils.h>
 #include <kx/uKxNetEncoding.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Components: ownership, names, free notifications and the destroying state.
 #include <kx/rtl/Rtl.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime's exceptions: class references, OS errors and assertions.
 #include <kx/rtl/Rtl.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/rtl/Rtl.h>
 
 #include <gtest/gtest.h>

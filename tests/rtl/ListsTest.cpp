@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The runtime lists: notifications, ownership, bounds and the thread-safe list.
 #include <kx/rtl/Rtl.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/rtl/OwnedPtr.h>
 #include <kx/rtl/Rtl.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Runs a command-line tool as a peer for end-to-end checks: feeds it bytes on standard input
 // and captures the bytes it writes to standard output. Where the tool cannot be found (no

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's exceptions and the error-code registry.
 #include <kx/uKxSysUtils.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/uKxSysUtils.h>
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <kx/uKxThreads.h>
 
 #include "threads/ThreadTestUtils.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // KxCodePage: charset names to code pages and back, and which code pages the platform
 // converts.
 #include <kx/rtl/Exceptions.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TKxEncoding: round trips through 8-bit code pages, the flags rule, invalid input, the byte
 // forms, and byte-order-mark detection on buffers and streams.
 #include <kx/rtl/Exceptions.h>

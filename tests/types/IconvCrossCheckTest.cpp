@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Code-page conversions checked against iconv on real text, where iconv can be run.
 #include <kx/uKxTypes.h>
 

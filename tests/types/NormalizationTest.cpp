@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // KxNormalizeString and KxSimplifyString.
 #include <kx/rtl/Exceptions.h>
 #include <kx/uKxTypes.h>

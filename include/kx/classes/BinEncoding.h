@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // How binary values are written as text; each value selects one of the net encoders.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Moving bytes between raw buffers, byte arrays, streams and their textual forms (Base64,
 // Base64url, hexadecimal) through the net encoders. Buffers handed out are from std::malloc;

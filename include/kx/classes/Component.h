@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxComponent: a component that can live by reference counting when it has no owner.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxFileStream: the runtime's file stream with text writers.
 

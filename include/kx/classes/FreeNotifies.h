@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Thread-safe two-way free notifications between TKxFreeNotifies objects: when one is
 // destroyed, each partner's callback is told which object the dying one was bound to.

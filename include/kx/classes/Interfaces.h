@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The interfaces of the library's root classes. Objects are asked for them by GUID.
 

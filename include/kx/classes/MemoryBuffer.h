@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Length-prefixed raw memory blocks, and a reference-counted memory buffer passed around
 // through IKxMemoryBuffer.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxMemoryStream: a memory stream with its own growth step and typed reads and writes, or a
 // fixed-size stream over memory the caller owns; and the helpers that let code read and write

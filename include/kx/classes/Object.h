@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxObject: usable through interfaces (then it destroys itself with the last reference)
 // or as a plainly owned object (then reference counting never destroys it).

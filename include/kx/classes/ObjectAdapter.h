@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Wraps any object behind an interface, with a declared ownership.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxObjectEx: a TKxObject with two-way free notifications and assignment.
 

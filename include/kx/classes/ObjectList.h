@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // An object list that takes part in the reference counting of what it holds.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Pointer arithmetic on plain addresses. The library's interface speaks of 32-bit addresses;
 // on 64-bit builds every helper works on pointer-sized values instead (intptr_t, uintptr_t),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Whole streams as text, with byte-order-mark handling, and the UTF-8 stream functions.
 //

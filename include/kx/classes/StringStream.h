@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxStringStream: a memory stream that holds text in one code page and takes 8-bit and 16-bit
 // text, converting it to that code page.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxTextParser: a forward-scanning cursor over text in one of three storage forms, with line
 // and column counters, up to three marks, selections between positions, and skips by

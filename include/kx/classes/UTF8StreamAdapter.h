@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxUTF8StreamAdapter: a UTF-8 byte stream seen as a stream of UTF-16LE characters.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Base64 in its standard and URL-safe alphabets. Both decode with one shared table, so either
 // decoder takes either alphabet, and any byte outside it (padding, line breaks, spaces) is

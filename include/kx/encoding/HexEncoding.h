@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Upper-case hexadecimal, two digits per byte. Decoding is lenient: a character that is not a
 // hexadecimal digit counts as 0 and a final odd character is ignored.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The shared codec instances, and the codec for each binary-to-text encoding choice.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The common interface of the binary-to-text codecs: streams, byte arrays, raw buffers and
 // 8-bit strings in, fresh values out.

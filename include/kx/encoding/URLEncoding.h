@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Percent-encoding of 8-bit text for URLs.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Components: an owner that frees what it owns, a unique name among its siblings, and
 // two-way free notifications.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The runtime's exception family and assertions. Exception classes have class references
 // too, so a class can be found by name and constructed with (Msg, ErrorCode).

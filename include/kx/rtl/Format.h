@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Format with the runtime's semantics: %[index:][-][width][.precision]type.
 

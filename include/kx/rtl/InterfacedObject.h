@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The runtime's reference-counted object and the helpers classes use to answer
 // QueryInterface.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // GUIDs, the base interface (binary-compatible with COM's IUnknown), GUID binding and the
 // one smart pointer for interface references.

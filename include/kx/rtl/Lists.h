@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The runtime's pointer list, owning object list and thread-safe list.
 

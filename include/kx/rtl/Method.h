@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // A method pointer: a callback together with the object it is bound to.
 

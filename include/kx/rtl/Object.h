@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TObject and class references: every library object knows its class, the class knows
 // its name, unit, parent and how to construct an instance ("virtual constructors").

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Sets of an enumeration with at most 256 members, as the library's set types.
 

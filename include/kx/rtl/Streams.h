@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The runtime's stream family: the abstract byte stream, streams over OS file handles and
 // files, and the growable memory streams.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The runtime's string lists: TStrings, the abstract list of strings with an object each,
 // and TStringList, which keeps them in memory, optionally sorted.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The runtime's simple event and multi-read exclusive-write synchronizer.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The runtime's string and number functions, with the semantics their callers expect:
 // StrToInt reads "$FF" and "0xFF", UpperCase and CompareText fold a-z only, the Ansi* forms

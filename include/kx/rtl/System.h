@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Threads ids, tick counts and wait results of the runtime.
 

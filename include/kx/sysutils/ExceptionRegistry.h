@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The process-wide registry from (namespace, error code) to exception class, so that a
 // receiver holding only a code (or a class name) can raise the matching class again.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // The library's exceptions: a message and a numeric error code, constructible through a
 // class reference taken from the error-code registry.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // A recursive critical section that can be entered with a time-out and tells which thread
 // holds it.

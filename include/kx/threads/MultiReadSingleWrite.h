@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // A multi-reader/single-writer lock over the OS slim reader/writer lock, with a fallback
 // on the runtime's synchronizer where the OS has none.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Names for threads, kept per thread and announced to debuggers and tools.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Charset names and the platform's code-page numbers, both ways.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // TKxEncoding: every conversion between 8-bit text, 16-bit text and raw bytes, as class
 // operations; and the code page of a byte-order mark.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 // Unicode normalisation through the platform's NormalizeString.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Code pages on POSIX: the locale's charset as a code-page number, and the Win32 conversion
 // pair rendered over ICU. UTF-8 runs through ICU's UTF-8 macros behind an ASCII fast path;
 // single-byte code pages through tables read once from their ICU converter; everything else

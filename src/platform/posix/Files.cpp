@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files on POSIX: descriptors, with share modes as advisory flock locks.
 #include "platform/Platform.h"
 #include "platform/posix/Descriptors.h"

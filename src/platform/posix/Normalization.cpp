@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Unicode normalisation on POSIX: a stand-in for normaliz.dll whose NormalizeString follows the
 // Win32 contract over ICU's normalisers.
 #include "platform/Platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Semaphores, events and the reader/writer lock on POSIX.
 #include "platform/Platform.h"
 

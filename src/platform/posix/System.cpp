@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Threads, time, errors and modules on POSIX.
 #include "platform/Platform.h"
 #include "platform/Processes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Case mappings and collation on POSIX, through ICU's root locale.
 #include "platform/Platform.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Code pages on Windows: the process ANSI code page, the Win32 conversions and normaliz.dll.
 #include "platform/Platform.h"
 

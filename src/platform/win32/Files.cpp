@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files on Windows: CreateFileW and friends, names widened from the process ANSI code page.
 #include "platform/Platform.h"
 #include "platform/win32/WideNames.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the package's start-up when the DLL is loaded and shut-down when it is unloaded.
 #include <kx/Package.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Semaphores, events and the slim reader/writer lock on Windows.
 #include "platform/Platform.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Threads, time, errors and modules on Windows.
 #include "platform/Platform.h"
 

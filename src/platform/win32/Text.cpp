@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Case mappings and collation on Windows, in the user's locale.
 #include "platform/Platform.h"
 
