@@ -18,6 +18,8 @@ if [ "$mode" = wine ]; then
   # No display here: the null graphics driver lets tests create (hidden) windows.
   if ! grep -q '"Graphics"="null"' "$WINEPREFIX/user.reg" 2>/dev/null; then
     /usr/lib/wine/wine64 reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 || true
+    # The desktop process started by the prefix's creation keeps the driver it found then.
+    /usr/lib/wine/wineserver -w >/dev/null 2>&1 || true
   fi
   # One wineserver for the whole run: each Wine start would otherwise pay for its own.
   /usr/lib/wine/wineserver -p >/dev/null 2>&1 || true
