@@ -266,10 +266,12 @@ struct TNlm {
         Now[P] = Info.Id;
     }
     const auto Old = std::exchange(Networks, Now);
-    for (const auto& [Path, Id] : Old)
-      if (!Now.count(Path)) Deliver(neNetwork, [&](TNlmSink* S) { S->NetworkDeleted(Id); });
-    for (const auto& [Path, Id] : Now)
-      if (!Old.count(Path)) Deliver(neNetwork, [&](TNlmSink* S) { S->NetworkAdded(Id); });
+    // Elements, not structured bindings: clang 14 cannot capture a binding in a lambda.
+    for (const auto& E : Old)
+      if (!Now.count(E.first))
+        Deliver(neNetwork, [&](TNlmSink* S) { S->NetworkDeleted(E.second); });
+    for (const auto& E : Now)
+      if (!Old.count(E.first)) Deliver(neNetwork, [&](TNlmSink* S) { S->NetworkAdded(E.second); });
   }
 
   void DeviceChanged(const std::string& Path) {
